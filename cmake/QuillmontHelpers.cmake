@@ -1,0 +1,45 @@
+# Source layout convention: every `Foo.cpp` in a library folder belongs to the
+# library, every `FooTest.cpp` beside it belongs to that folder's test program.
+# New units therefore need no CMake edits.
+
+function(quillmont_warnings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                                            -Wconversion -Wno-sign-conversion)
+endfunction()
+
+# quillmont_library(NAME <target> DIRS <dir>... LIBS <dep>...)
+function(quillmont_library)
+  cmake_parse_arguments(ARG "" "NAME" "DIRS;LIBS" ${ARGN})
+  set(sources)
+  foreach(dir IN LISTS ARG_DIRS)
+    file(GLOB found CONFIGURE_DEPENDS ${dir}/*.cpp)
+    list(APPEND sources ${found})
+  endforeach()
+  list(FILTER sources EXCLUDE REGEX "Test\\.cpp$")
+  add_library(${ARG_NAME} ${sources})
+  target_include_directories(${ARG_NAME} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:include/quillmont>)
+  target_link_libraries(${ARG_NAME} PUBLIC ${ARG_LIBS})
+  quillmont_warnings(${ARG_NAME})
+endfunction()
+
+# quillmont_tests(NAME <target> DIRS <dir>... LIBS <dep>...)
+function(quillmont_tests)
+  if(NOT QUILLMONT_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "NAME" "DIRS;LIBS" ${ARGN})
+  set(sources)
+  foreach(dir IN LISTS ARG_DIRS)
+    file(GLOB found CONFIGURE_DEPENDS ${dir}/*Test.cpp)
+    list(APPEND sources ${found})
+  endforeach()
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${ARG_NAME} ${sources})
+  target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main rapidcheck)
+  quillmont_warnings(${ARG_NAME})
+  gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "TZ=UTC")
+endfunction()

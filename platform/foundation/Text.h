@@ -1,0 +1,34 @@
+// Text: the Unicode operations the system needs on UTF-8 strings, on ICU.
+// "Characters" are user-perceived characters (extended grapheme clusters).
+// Pure-ASCII input takes fast paths that never touch ICU. Invalid UTF-8 is
+// never an error: each ill-formed sequence counts as one replacement character.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillmont::Text {
+
+bool isASCII(std::string_view text);
+bool isValidUTF8(std::string_view text);
+
+/// Number of user-perceived characters.
+std::size_t characterCount(std::string_view text);
+/// The first `count` user-perceived characters of `text` (all of it when shorter).
+std::string_view prefix(std::string_view text, std::size_t count);
+
+/// `text` without leading and trailing scalars of the white-space-and-new-line
+/// set: category Zs, tab, LF, VT, FF, CR, U+0085, U+2028, U+2029.
+std::string_view trimmingWhitespaceAndNewlines(std::string_view text);
+
+/// The pieces between white-space characters, where a character is white
+/// space when its first scalar has the Unicode White_Space property (a CR LF
+/// pair is one character). Empty pieces are dropped.
+std::vector<std::string_view> splitOnWhitespace(std::string_view text);
+
+/// The Unicode default (locale-independent) lower-case mapping.
+std::string lowercased(std::string_view text);
+
+}  // namespace quillmont::Text

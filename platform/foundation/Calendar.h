@@ -17,9 +17,11 @@
 #include "platform/foundation/Date.h"
 #include "platform/foundation/DateInterval.h"
 
-namespace icu {
+#include <unicode/uversion.h>
+
+U_NAMESPACE_BEGIN
 class Calendar;
-}
+U_NAMESPACE_END
 
 namespace quillmont {
 

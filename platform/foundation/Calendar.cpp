@@ -1,0 +1,216 @@
+#include "platform/foundation/Calendar.h"
+
+#include <unicode/basictz.h>
+#include <unicode/calendar.h>
+#include <unicode/locid.h>
+#include <unicode/timezone.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace quillmont {
+namespace {
+
+constexpr double millisecondsPerDay = 86400000.0;
+
+UDate toICU(Date date) { return date.timeIntervalSince1970() * 1000.0; }
+Date fromICU(UDate udate) { return Date::fromTimeIntervalSince1970(udate / 1000.0); }
+
+// ICU covers roughly +-5 million years; anything beyond (or not a number)
+// has no calendar answer.
+bool isRepresentable(Date date) {
+  return std::isfinite(date.timeIntervalSinceReferenceDate) &&
+         std::abs(date.timeIntervalSince1970()) < 1.0e14;
+}
+
+std::unique_ptr<icu::Calendar> makeICUCalendar(icu::TimeZone* zone, const icu::Locale& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(zone, locale, status));
+  if (U_FAILURE(status) || !calendar) return nullptr;
+  calendar->setLenient(true);
+  // Wall times inside a daylight-saving gap resolve to the first instant
+  // after the gap; repeated wall times to their first occurrence.
+  calendar->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+  calendar->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+  return calendar;
+}
+
+std::string localeFromEnvironment() {
+  for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') continue;
+    std::string text(value);
+    if (text == "C" || text == "POSIX" || text.rfind("C.", 0) == 0) return "en_US_POSIX";
+    return text.substr(0, text.find('.'));
+  }
+  return "en_US_POSIX";
+}
+
+int weekdayOfLocalDay(std::int64_t localDay) {
+  // Day 0 (1970-01-01) was a Thursday, weekday 5.
+  return static_cast<int>(((localDay % 7 + 7) % 7 + 4) % 7) + 1;
+}
+
+}  // namespace
+
+Calendar::Calendar(std::unique_ptr<icu::Calendar> calendar) : calendar_(std::move(calendar)) {}
+Calendar::Calendar(const Calendar& other) : calendar_(other.calendar_->clone()) {}
+Calendar& Calendar::operator=(const Calendar& other) {
+  if (this != &other) calendar_.reset(other.calendar_->clone());
+  return *this;
+}
+Calendar::Calendar(Calendar&&) noexcept = default;
+Calendar& Calendar::operator=(Calendar&&) noexcept = default;
+Calendar::~Calendar() = default;
+
+std::optional<Calendar> Calendar::make(std::string_view timeZoneIdentifier, std::string_view localeIdentifier) {
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(
+      icu::UnicodeString::fromUTF8(icu::StringPiece(timeZoneIdentifier.data(), static_cast<int32_t>(timeZoneIdentifier.size())))));
+  if (!zone || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
+  const icu::Locale locale(std::string(localeIdentifier).c_str());
+  auto calendar = makeICUCalendar(zone.release(), locale);
+  if (!calendar) return std::nullopt;
+  return Calendar(std::move(calendar));
+}
+
+Calendar Calendar::autoupdatingCurrent() {
+  const icu::Locale locale(localeFromEnvironment().c_str());
+  auto calendar = makeICUCalendar(icu::TimeZone::detectHostTimeZone(), locale);
+  if (!calendar) calendar = makeICUCalendar(icu::TimeZone::createTimeZone("UTC"), icu::Locale("en_US_POSIX"));
+  return Calendar(std::move(calendar));
+}
+
+std::string Calendar::timeZoneIdentifier() const {
+  icu::UnicodeString id;
+  calendar_->getTimeZone().getID(id);
+  std::string result;
+  id.toUTF8String(result);
+  return result;
+}
+
+std::string Calendar::identifier() const { return calendar_->getType(); }
+
+Date Calendar::startOfDay(Date date) const {
+  if (!isRepresentable(date)) return date;
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->setTime(toICU(date), status);
+  calendar_->set(UCAL_HOUR_OF_DAY, 0);
+  calendar_->set(UCAL_MINUTE, 0);
+  calendar_->set(UCAL_SECOND, 0);
+  calendar_->set(UCAL_MILLISECOND, 0);
+  const UDate result = calendar_->getTime(status);
+  return U_SUCCESS(status) ? fromICU(result) : date;
+}
+
+std::optional<Date> Calendar::dateByAddingDays(std::int64_t days, Date date) const {
+  if (!isRepresentable(date) || days < std::numeric_limits<int32_t>::min() ||
+      days > std::numeric_limits<int32_t>::max()) {
+    return std::nullopt;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->setTime(toICU(date), status);
+  calendar_->add(UCAL_DATE, static_cast<int32_t>(days), status);
+  const UDate result = calendar_->getTime(status);
+  if (U_FAILURE(status)) return std::nullopt;
+  // ICU works in whole milliseconds; keep the sub-millisecond part of the input.
+  const double fraction = toICU(date) - std::floor(toICU(date));
+  return fromICU(result + fraction);
+}
+
+std::optional<Date> Calendar::dateByAddingSeconds(std::int64_t seconds, Date date) const {
+  const Date result = date + static_cast<double>(seconds);
+  if (!isRepresentable(date) || !isRepresentable(result)) return std::nullopt;
+  return result;
+}
+
+int Calendar::weekday(Date date) const {
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->setTime(toICU(date), status);
+  const int32_t result = calendar_->get(UCAL_DAY_OF_WEEK, status);
+  return U_SUCCESS(status) ? result : 1;
+}
+
+std::optional<Date> Calendar::date(int year, int month, int day) const {
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->clear();
+  calendar_->set(year, month - 1, day);
+  const UDate result = calendar_->getTime(status);
+  if (U_FAILURE(status)) return std::nullopt;
+  return fromICU(result);
+}
+
+bool Calendar::isDate(Date a, Date inSameDayAs) const { return startOfDay(a) == startOfDay(inSameDayAs); }
+
+std::optional<DateInterval> Calendar::dateInterval(Unit unit, Date date) const {
+  if (!isRepresentable(date)) return std::nullopt;
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->setTime(toICU(date), status);
+  if (unit == Unit::weekOfYear) {
+    const int32_t weekday = calendar_->get(UCAL_DAY_OF_WEEK, status);
+    const int32_t back = (weekday - calendar_->getFirstDayOfWeek(status) + 7) % 7;
+    calendar_->add(UCAL_DATE, -back, status);
+  } else {
+    calendar_->set(UCAL_DATE, 1);
+  }
+  calendar_->set(UCAL_HOUR_OF_DAY, 0);
+  calendar_->set(UCAL_MINUTE, 0);
+  calendar_->set(UCAL_SECOND, 0);
+  calendar_->set(UCAL_MILLISECOND, 0);
+  const UDate start = calendar_->getTime(status);
+  if (unit == Unit::weekOfYear) {
+    calendar_->add(UCAL_DATE, 7, status);
+  } else {
+    calendar_->add(UCAL_MONTH, 1, status);
+  }
+  calendar_->set(UCAL_HOUR_OF_DAY, 0);
+  const UDate end = calendar_->getTime(status);
+  if (U_FAILURE(status)) return std::nullopt;
+  return DateInterval::between(fromICU(start), fromICU(end));
+}
+
+std::vector<Calendar::Day> Calendar::days(Date first, Date last) const {
+  std::vector<Day> result;
+  if (!isRepresentable(first) || !isRepresentable(last)) return result;
+  const Date firstStart = startOfDay(first);
+  const Date lastStart = startOfDay(last);
+  if (lastStart < firstStart) return result;
+
+  // Every calendar system starts its days at local midnight, so the day
+  // starts depend on the time zone alone: local midnight of each local day
+  // number, resolved like the calendar resolves wall times (a skipped
+  // midnight maps to the end of the gap, a repeated one to its first pass).
+  const auto* zone = dynamic_cast<const icu::BasicTimeZone*>(&calendar_->getTimeZone());
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t rawOffset = 0;
+  int32_t dstOffset = 0;
+  const UDate firstUTC = toICU(firstStart);
+  calendar_->getTimeZone().getOffset(firstUTC, false, rawOffset, dstOffset, status);
+  const auto firstLocalDay = static_cast<std::int64_t>(std::floor((firstUTC + rawOffset + dstOffset) / millisecondsPerDay));
+  const UDate lastUTC = toICU(lastStart);
+
+  result.reserve(static_cast<std::size_t>((lastUTC - firstUTC) / millisecondsPerDay) + 2);
+  for (std::int64_t localDay = firstLocalDay;; ++localDay) {
+    const UDate localMidnight = static_cast<double>(localDay) * millisecondsPerDay;
+    UDate start;
+    if (zone != nullptr) {
+      zone->getOffsetFromLocal(localMidnight, UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_FORMER, rawOffset, dstOffset, status);
+      start = localMidnight - rawOffset - dstOffset;
+    } else {
+      start = toICU(startOfDay(fromICU(localMidnight - rawOffset - dstOffset)));
+    }
+    if (U_FAILURE(status)) break;
+    if (start > lastUTC) break;
+    const Day day{fromICU(start), weekdayOfLocalDay(localDay)};
+    // A day removed from the calendar (a zone that skipped a whole date)
+    // starts where the next one does; only the later date exists.
+    if (!result.empty() && result.back().start == day.start) {
+      result.back() = day;
+    } else {
+      result.push_back(day);
+    }
+  }
+  return result;
+}
+
+}  // namespace quillmont

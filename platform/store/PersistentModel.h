@@ -1,0 +1,42 @@
+// PersistentModel: the base of every record class the store keeps. It holds
+// the store's own identity of the record (not the record's `id` attribute,
+// which may repeat) and whether the record has changes its context has not
+// saved yet. Record setters call didChange().
+//
+// Records are owned through std::shared_ptr; a context hands out the same
+// object for the same stored row, so pointer equality is record identity.
+#pragma once
+
+#include <cstdint>
+
+namespace quillmont {
+
+class ModelContext;
+
+class PersistentModel {
+ public:
+  /// The store's row key; 0 until the record has been saved once.
+  using PersistentIdentifier = std::int64_t;
+
+  /// Tag for constructors that leave attributes for the store to fill
+  /// (no random identifier, no clock read).
+  struct ForLoading {};
+
+  PersistentIdentifier persistentIdentifier() const { return persistentIdentifier_; }
+  bool hasChanges() const { return hasChanges_; }
+
+ protected:
+  PersistentModel() = default;
+  PersistentModel(const PersistentModel&) = delete;
+  PersistentModel& operator=(const PersistentModel&) = delete;
+  ~PersistentModel() = default;
+
+  void didChange() { hasChanges_ = true; }
+
+ private:
+  friend class ModelContext;
+  PersistentIdentifier persistentIdentifier_ = 0;
+  bool hasChanges_ = false;
+};
+
+}  // namespace quillmont

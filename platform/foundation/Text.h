@@ -2,6 +2,8 @@
 // "Characters" are user-perceived characters (extended grapheme clusters).
 // Pure-ASCII input takes fast paths that never touch ICU. Invalid UTF-8 is
 // never an error: each ill-formed sequence counts as one replacement character.
+// Safe to call from any thread. Non-ASCII text must be shorter than 2 GiB,
+// ICU's index range; longer text throws std::length_error.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +30,8 @@ std::string_view trimmingWhitespaceAndNewlines(std::string_view text);
 /// pair is one character). Empty pieces are dropped.
 std::vector<std::string_view> splitOnWhitespace(std::string_view text);
 
-/// The Unicode default (locale-independent) lower-case mapping.
+/// The Unicode default (locale-independent) lower-case mapping; ill-formed
+/// sequences come out as U+FFFD.
 std::string lowercased(std::string_view text);
 
 }  // namespace quillmont::Text

@@ -1,0 +1,91 @@
+#include "core/TimeBankSettings.h"
+
+#include "core/AdjustmentKindConfiguration.h"
+#include "core/CustomAdjustmentCategoryConfiguration.h"
+#include "core/QuickActionConfiguration.h"
+
+namespace quillmont {
+
+std::span<const Attribute<TimeBankSettings>> TimeBankSettings::attributes() {
+  using S = TimeBankSettings;
+  static const std::array<Attribute<S>, 18> list{{
+      {"id", &S::id_},
+      {"calculationStartDate", &S::calculationStartDate_},
+      {"startingBalanceMinutes", &S::startingBalanceMinutes_},
+      {"mondayMinutes", &S::mondayMinutes_},
+      {"tuesdayMinutes", &S::tuesdayMinutes_},
+      {"wednesdayMinutes", &S::wednesdayMinutes_},
+      {"thursdayMinutes", &S::thursdayMinutes_},
+      {"fridayMinutes", &S::fridayMinutes_},
+      {"saturdayMinutes", &S::saturdayMinutes_},
+      {"sundayMinutes", &S::sundayMinutes_},
+      {"quickActionOneMinutes", &S::quickActionOneMinutes_},
+      {"quickActionTwoMinutes", &S::quickActionTwoMinutes_},
+      {"quickActionThreeMinutes", &S::quickActionThreeMinutes_},
+      {"quickActionFourMinutes", &S::quickActionFourMinutes_},
+      {"visibleAdjustmentKindsRawValue", &S::visibleAdjustmentKindsRawValue_},
+      {"customAdjustmentCategoriesRawValue", &S::customAdjustmentCategoriesRawValue_},
+      {"hasCompletedOnboarding", &S::hasCompletedOnboarding_},
+      {"modifiedAt", &S::modifiedAt_},
+  }};
+  return list;
+}
+
+TimeBankSettings::TimeBankSettings() : id_(UUID::random()), calculationStartDate_(Date::now()), modifiedAt_(calculationStartDate_) {}
+
+TimeBankSettings::TimeBankSettings(UUID id, Date calculationStartDate, std::int64_t startingBalanceMinutes,
+                                   std::span<const std::int64_t> weekdayMinutes,
+                                   std::span<const std::int64_t> quickActionMinutes,
+                                   std::string_view visibleAdjustmentKindsRawValue,
+                                   std::string_view customAdjustmentCategoriesRawValue, bool hasCompletedOnboarding,
+                                   Date modifiedAt)
+    : id_(id),
+      calculationStartDate_(calculationStartDate),
+      startingBalanceMinutes_(startingBalanceMinutes),
+      visibleAdjustmentKindsRawValue_(
+          AdjustmentKindConfiguration::rawValue(AdjustmentKindConfiguration::kinds(visibleAdjustmentKindsRawValue))),
+      customAdjustmentCategoriesRawValue_(CustomAdjustmentCategoryConfiguration::rawValue(
+          CustomAdjustmentCategoryConfiguration::categories(customAdjustmentCategoriesRawValue))),
+      hasCompletedOnboarding_(hasCompletedOnboarding),
+      modifiedAt_(modifiedAt) {
+  assignWeekdays(normalizedWeekdayMinutes(weekdayMinutes, defaultWeekdayMinutes));
+  setQuickActionMinutes(quickActionMinutes);
+}
+
+WeekdayMinutes TimeBankSettings::weekdayMinutes() const {
+  return {mondayMinutes_, tuesdayMinutes_, wednesdayMinutes_, thursdayMinutes_, fridayMinutes_, saturdayMinutes_, sundayMinutes_};
+}
+
+TimeBankSettings::QuickActionMinutes TimeBankSettings::quickActionMinutes() const {
+  return {quickActionOneMinutes_, quickActionTwoMinutes_, quickActionThreeMinutes_, quickActionFourMinutes_};
+}
+
+void TimeBankSettings::assignWeekdays(const WeekdayMinutes& values) {
+  mondayMinutes_ = values[0];
+  tuesdayMinutes_ = values[1];
+  wednesdayMinutes_ = values[2];
+  thursdayMinutes_ = values[3];
+  fridayMinutes_ = values[4];
+  saturdayMinutes_ = values[5];
+  sundayMinutes_ = values[6];
+  didChange();
+}
+
+void TimeBankSettings::setWeekdayMinutes(std::span<const std::int64_t> minutes) {
+  assignWeekdays(normalizedWeekdayMinutes(minutes, noWeekdayMinutes));
+}
+
+void TimeBankSettings::setQuickActionMinutes(std::span<const std::int64_t> minutes) {
+  const auto values = QuickActionConfiguration::normalized(minutes);
+  quickActionOneMinutes_ = values[0];
+  quickActionTwoMinutes_ = values[1];
+  quickActionThreeMinutes_ = values[2];
+  quickActionFourMinutes_ = values[3];
+  didChange();
+}
+
+std::int64_t TimeBankSettings::scheduledMinutes(Date date, const Calendar& calendar) const {
+  return clampedDailyMinutes(weekdayMinutes()[weekdayIndex(calendar.weekday(date))]);
+}
+
+}  // namespace quillmont

@@ -1,0 +1,110 @@
+// TimeBankSettings: the user's settings record: where the calculation
+// starts, the starting balance, the weekly minutes used where no schedule
+// applies, the four quick actions, the offered kinds and own categories, and
+// whether set-up was completed. The constructor normalises everything it is
+// given; plain setters store what they are given.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "core/WeekdayMinutes.h"
+#include "platform/foundation/Calendar.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/UUID.h"
+#include "platform/store/Attribute.h"
+#include "platform/store/PersistentModel.h"
+
+namespace quillmont {
+
+class TimeBankSettings final : public PersistentModel {
+ public:
+  static constexpr std::string_view entityName = "TimeBankSettings";
+  static std::span<const Attribute<TimeBankSettings>> attributes();
+  using QuickActionMinutes = std::array<std::int64_t, 4>;
+
+  TimeBankSettings();
+  explicit TimeBankSettings(ForLoading) {}
+  /// Missing weekday elements count as 480 Monday to Friday and 0 at the
+  /// weekend; quick actions, visible kinds and categories are canonicalised.
+  TimeBankSettings(UUID id, Date calculationStartDate, std::int64_t startingBalanceMinutes,
+                   std::span<const std::int64_t> weekdayMinutes, std::span<const std::int64_t> quickActionMinutes,
+                   std::string_view visibleAdjustmentKindsRawValue, std::string_view customAdjustmentCategoriesRawValue,
+                   bool hasCompletedOnboarding, Date modifiedAt);
+
+  const UUID& id() const { return id_; }
+  Date calculationStartDate() const { return calculationStartDate_; }
+  std::int64_t startingBalanceMinutes() const { return startingBalanceMinutes_; }
+  const std::string& visibleAdjustmentKindsRawValue() const { return visibleAdjustmentKindsRawValue_; }
+  const std::string& customAdjustmentCategoriesRawValue() const { return customAdjustmentCategoriesRawValue_; }
+  bool hasCompletedOnboarding() const { return hasCompletedOnboarding_; }
+  Date modifiedAt() const { return modifiedAt_; }
+  /// The seven stored values, Monday first, as stored.
+  WeekdayMinutes weekdayMinutes() const;
+  /// The four quick actions in order, as stored.
+  QuickActionMinutes quickActionMinutes() const;
+  std::int64_t mondayMinutes() const { return mondayMinutes_; }
+  std::int64_t tuesdayMinutes() const { return tuesdayMinutes_; }
+  std::int64_t wednesdayMinutes() const { return wednesdayMinutes_; }
+  std::int64_t thursdayMinutes() const { return thursdayMinutes_; }
+  std::int64_t fridayMinutes() const { return fridayMinutes_; }
+  std::int64_t saturdayMinutes() const { return saturdayMinutes_; }
+  std::int64_t sundayMinutes() const { return sundayMinutes_; }
+  std::int64_t quickActionOneMinutes() const { return quickActionOneMinutes_; }
+  std::int64_t quickActionTwoMinutes() const { return quickActionTwoMinutes_; }
+  std::int64_t quickActionThreeMinutes() const { return quickActionThreeMinutes_; }
+  std::int64_t quickActionFourMinutes() const { return quickActionFourMinutes_; }
+
+  void setId(UUID value) { id_ = value, didChange(); }
+  void setCalculationStartDate(Date value) { calculationStartDate_ = value, didChange(); }
+  void setStartingBalanceMinutes(std::int64_t value) { startingBalanceMinutes_ = value, didChange(); }
+  void setVisibleAdjustmentKindsRawValue(std::string value) { visibleAdjustmentKindsRawValue_ = std::move(value), didChange(); }
+  void setCustomAdjustmentCategoriesRawValue(std::string value) { customAdjustmentCategoriesRawValue_ = std::move(value), didChange(); }
+  void setHasCompletedOnboarding(bool value) { hasCompletedOnboarding_ = value, didChange(); }
+  void setModifiedAt(Date value) { modifiedAt_ = value, didChange(); }
+  /// Clamps each value to 0...1440; missing elements become 0.
+  void setWeekdayMinutes(std::span<const std::int64_t> minutes);
+  /// Stores QuickActionConfiguration::normalized(minutes).
+  void setQuickActionMinutes(std::span<const std::int64_t> minutes);
+  void setMondayMinutes(std::int64_t value) { mondayMinutes_ = value, didChange(); }
+  void setTuesdayMinutes(std::int64_t value) { tuesdayMinutes_ = value, didChange(); }
+  void setWednesdayMinutes(std::int64_t value) { wednesdayMinutes_ = value, didChange(); }
+  void setThursdayMinutes(std::int64_t value) { thursdayMinutes_ = value, didChange(); }
+  void setFridayMinutes(std::int64_t value) { fridayMinutes_ = value, didChange(); }
+  void setSaturdayMinutes(std::int64_t value) { saturdayMinutes_ = value, didChange(); }
+  void setSundayMinutes(std::int64_t value) { sundayMinutes_ = value, didChange(); }
+  void setQuickActionOneMinutes(std::int64_t value) { quickActionOneMinutes_ = value, didChange(); }
+  void setQuickActionTwoMinutes(std::int64_t value) { quickActionTwoMinutes_ = value, didChange(); }
+  void setQuickActionThreeMinutes(std::int64_t value) { quickActionThreeMinutes_ = value, didChange(); }
+  void setQuickActionFourMinutes(std::int64_t value) { quickActionFourMinutes_ = value, didChange(); }
+
+  /// Minutes expected on the day of `date` by the settings' own weekdays, clamped to 0...1440.
+  std::int64_t scheduledMinutes(Date date, const Calendar& calendar) const;
+
+ private:
+  void assignWeekdays(const WeekdayMinutes& values);
+
+  UUID id_;
+  Date calculationStartDate_;
+  std::int64_t startingBalanceMinutes_ = 0;
+  std::int64_t mondayMinutes_ = 480;
+  std::int64_t tuesdayMinutes_ = 480;
+  std::int64_t wednesdayMinutes_ = 480;
+  std::int64_t thursdayMinutes_ = 480;
+  std::int64_t fridayMinutes_ = 480;
+  std::int64_t saturdayMinutes_ = 0;
+  std::int64_t sundayMinutes_ = 0;
+  std::int64_t quickActionOneMinutes_ = 15;
+  std::int64_t quickActionTwoMinutes_ = 30;
+  std::int64_t quickActionThreeMinutes_ = 60;
+  std::int64_t quickActionFourMinutes_ = 120;
+  std::string visibleAdjustmentKindsRawValue_{"appointment,personalErrands,longLunch,other"};
+  std::string customAdjustmentCategoriesRawValue_{"[]"};
+  bool hasCompletedOnboarding_ = false;
+  Date modifiedAt_;
+};
+
+}  // namespace quillmont

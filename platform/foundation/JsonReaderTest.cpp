@@ -1,0 +1,158 @@
+#include "platform/foundation/JsonReader.h"
+
+#include "platform/foundation/JsonWriter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <bit>
+#include <limits>
+
+namespace quillmont {
+namespace {
+
+using JsonReader::Path;
+using simdjson::ondemand::value;
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+
+// Reads `json` as the member "field" of an object with `read`.
+template <class Read>
+auto readField(std::string_view json, Read read) {
+  static constexpr JsonReader::Key keys[] = {JsonReader::requiredKey("field")};
+  return JsonReader::parse(R"({"field":)" + std::string(json) + "}", [&](value& root) {
+    std::remove_cvref_t<decltype(read(root, Path()))> result{};
+    JsonReader::readObject(root, Path(), keys, [&](std::size_t, value& field, const Path& at) { result = read(field, at); });
+    return result;
+  });
+}
+
+std::int64_t int64(std::string_view json) { return readField(json, JsonReader::int64); }
+std::string ownedString(value& field, const Path& at) { return std::string(JsonReader::string(field, at)); }
+
+TEST(JsonReaderTest, Int64TakesIntegralNumbersInRangeOnly) {
+  EXPECT_EQ(int64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(int64("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(int64("2.0"), 2);
+  EXPECT_EQ(int64("1e3"), 1000);
+  const std::pair<std::string_view, std::string_view> failures[] = {
+      {"1.5", "field: expected an integer, found the fractional number 1.5"},
+      {"9223372036854775808", "field: integer 9223372036854775808 is out of the 64-bit range"},
+      {"-9223372036854775809", "out of the 64-bit range"},
+      {"1e19", "field: number 1e19 is out of the 64-bit range"},
+      {"\"2\"", "field: expected an integer, found a string"},
+      {"null", "found null"}, {"01", "field: not valid JSON"}};
+  for (const auto& [json, message] : failures) {
+    EXPECT_THAT([&] { int64(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+  }
+}
+
+TEST(JsonReaderTest, OtherLeafReaders) {
+  EXPECT_EQ(readField("18446744073709551616", JsonReader::number), 18446744073709551616.0);
+  EXPECT_TRUE(readField("true", JsonReader::boolean));
+  EXPECT_EQ(readField(R"("a\/b \u00fc\n")", ownedString), "a/b ü\n");
+  EXPECT_THAT([] { readField("\"1\"", JsonReader::number); }, ThrowsMessage<JsonDecodingError>(HasSubstr("found a string")));
+  const UUID id = *UUID::parse("C0DE5EED-0B4A-4C2A-9D6E-00000000000A");
+  EXPECT_EQ(readField(R"("C0DE5EED-0B4A-4C2A-9D6E-00000000000A")", JsonReader::uuid), id);
+  EXPECT_EQ(readField(R"("c0de5eed-0b4a-4c2a-9d6e-00000000000a")", JsonReader::uuid), id);
+  for (std::string_view json : {R"("{C0DE5EED-0B4A-4C2A-9D6E-00000000000A}")", R"("C0DE5EED0B4A4C2A9D6E00000000000A")", "1"}) {
+    EXPECT_THROW(readField(json, JsonReader::uuid), JsonDecodingError) << json;
+  }
+}
+
+// A decoder in the usual shape: fields in any order, unknown keys skipped, an
+// optional note that may be null.
+struct Pause {
+  UUID id;
+  std::int64_t minutes = 0;
+  std::optional<std::string> note;
+};
+
+std::vector<Pause> decodePauses(std::string_view json) {
+  enum PauseKey : std::size_t { id, minutes, note };
+  static constexpr JsonReader::Key pauseKeys[] = {JsonReader::requiredKey("id"), JsonReader::requiredKey("minutes"),
+                                                  JsonReader::optionalKey("note")};
+  static constexpr JsonReader::Key documentKeys[] = {JsonReader::requiredKey("pauses")};
+  std::vector<Pause> pauses;
+  JsonReader::parse(json, [&](value& root) {
+    JsonReader::readObject(root, Path(), documentKeys, [&](std::size_t, value& list, const Path& at) {
+      JsonReader::forEachElement(list, at, [&](value& element, const Path& elementAt) {
+        Pause& pause = pauses.emplace_back();
+        JsonReader::readObject(element, elementAt, pauseKeys, [&](std::size_t key, value& field, const Path& fieldAt) {
+          switch (key) {
+            case id: pause.id = JsonReader::uuid(field, fieldAt); break;
+            case minutes: pause.minutes = JsonReader::int64(field, fieldAt); break;
+            case note: if (!JsonReader::isNull(field)) pause.note = ownedString(field, fieldAt); break;
+          }
+        });
+      });
+    });
+  });
+  return pauses;
+}
+
+TEST(JsonReaderTest, DecodesStructsFromObjectsInAnyKeyOrder) {
+  const auto pauses = decodePauses(R"({"version":2,"pauses":[
+      {"minutes":30,"extra":{"deep":[1,{"id":2}]},"id":"C0DE5EED-0B4A-4C2A-9D6E-000000000001","note":null},
+      {"note":"Lunch \/ walk","id":"c0de5eed-0b4a-4c2a-9d6e-000000000002","minutes":45.0}]} )");
+  ASSERT_EQ(pauses.size(), 2u);
+  EXPECT_EQ(pauses[0].id.uuidString(), "C0DE5EED-0B4A-4C2A-9D6E-000000000001");
+  EXPECT_EQ(pauses[0].note, std::nullopt);
+  EXPECT_EQ(pauses[1].minutes, 45);
+  EXPECT_EQ(pauses[1].note, "Lunch / walk");
+}
+
+TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {
+  const std::string id = R"("id":"C0DE5EED-0B4A-4C2A-9D6E-000000000001")";
+  const std::pair<std::string, std::string_view> failures[] = {
+      {R"({"pauses":[{)" + id + R"(,"minutes":1},{)" + id + "}]}", R"(pauses[1]: missing key "minutes")"},
+      {R"({"pauses":[{)" + id + R"(,"minutes":"5"}]})", "pauses[0].minutes: expected an integer, found a string"},
+      {R"({"pauses":[{"id":"C0DE5EED","minutes":5}]})", "pauses[0].id: expected a UUID"},
+      {R"({"pauses":{}})", "pauses: expected an array, found an object"},
+      {R"({"pause":[]})", R"(top level: missing key "pauses")"},
+      {R"({"pauses":[]} {})", "top level: unexpected content after the top-level value"},
+      {R"({"pauses":[)", "not valid JSON"},
+      {"[\"\xff\"]", "top level: not valid JSON"},
+      {R"("pauses")", "top level: expected an object or an array"},
+      {"[]", "top level: expected an object, found an array"}};
+  for (const auto& [json, message] : failures) {
+    EXPECT_THAT([&] { decodePauses(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+  }
+}
+
+TEST(JsonReaderTest, ParseInPlaceUsesReservedPadding) {
+  std::string json = "[]";
+  json.reserve(json.size() + JsonReader::padding);
+  EXPECT_TRUE(JsonReader::parseInPlace(json, [&](value& root) {
+    const bool inPlace = root.raw_json_token().data() == json.data();
+    JsonReader::forEachElement(root, Path(), [](value&, const Path&) {});
+    return inPlace;
+  }));
+}
+
+TEST(JsonReaderTest, StringArrayShapes) {
+  EXPECT_EQ(JsonReader::stringArray("[]"), std::vector<std::string>());
+  EXPECT_EQ(JsonReader::stringArray(R"([ "Team\/1:1", "Ärzte" ])"), (std::vector<std::string>{"Team/1:1", "Ärzte"}));
+  for (std::string_view json : {"", "not JSON", "{}", R"("x")", "[1]", R"(["a",null])", R"(["a"] ["b"])", "[\"a\""}) {
+    EXPECT_EQ(JsonReader::stringArray(json), std::nullopt) << json;
+  }
+}
+
+RC_GTEST_PROP(JsonReaderTest, FiniteDoublesRoundTripBitForBit, ()) {
+  // Uniform over the bit patterns of finite doubles: every exponent, subnormals included.
+  const std::uint64_t magnitude = *rc::gen::inRange<std::uint64_t>(0, 0x7FF0000000000000);
+  const std::uint64_t bits = magnitude | (*rc::gen::arbitrary<bool>() ? 0x8000000000000000 : 0);
+  std::string json;
+  JsonWriter(json).number(std::bit_cast<double>(bits));
+  RC_ASSERT(std::bit_cast<std::uint64_t>(readField(json, JsonReader::number)) == bits);
+}
+
+RC_GTEST_PROP(JsonReaderTest, Int64RoundTrips, (std::int64_t integer)) {
+  std::string json;
+  JsonWriter(json).integer(integer);
+  RC_ASSERT(int64(json) == integer);
+}
+
+}  // namespace
+}  // namespace quillmont

@@ -7,8 +7,12 @@
 namespace quillmont {
 namespace {
 
-constexpr bool isHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+// Value of a hexadecimal digit, or -1.
+constexpr int hexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
 }
 
 }  // namespace
@@ -20,18 +24,21 @@ UUID UUID::random() {
 }
 
 std::optional<UUID> UUID::parse(std::string_view text) {
-  // libuuid's parser accepts exactly the 36-character form; check the shape
-  // first so that it never reads past the view.
-  if (text.size() != 36) return std::nullopt;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool hyphen = i == 8 || i == 13 || i == 18 || i == 23;
-    if (hyphen ? text[i] != '-' : !isHexDigit(text[i])) return std::nullopt;
+  // Archives hold hundreds of thousands of identifiers: decode by hand
+  // rather than through libuuid's strtoull-based parser.
+  if (text.size() != 36 || text[8] != '-' || text[13] != '-' || text[18] != '-' || text[23] != '-') {
+    return std::nullopt;
   }
-  char buffer[37];
-  std::memcpy(buffer, text.data(), 36);
-  buffer[36] = '\0';
   UUID result;
-  if (uuid_parse(buffer, result.bytes.data()) != 0) return std::nullopt;
+  std::size_t position = 0;
+  for (auto& byte : result.bytes) {
+    if (position == 8 || position == 13 || position == 18 || position == 23) ++position;
+    const int high = hexValue(text[position]);
+    const int low = hexValue(text[position + 1]);
+    if ((high | low) < 0) return std::nullopt;
+    byte = static_cast<std::uint8_t>(high << 4 | low);
+    position += 2;
+  }
   return result;
 }
 

@@ -47,6 +47,8 @@ void print(std::string_view line) {
   std::cout << line << '\n';
 }
 
+void write(std::string_view text) { std::cout << text; }
+
 void message(std::string_view line) {
   std::cout.flush();
   std::cerr << line << '\n';

@@ -22,6 +22,8 @@ Style styleForAmount(double value);
 
 /// One line of data on standard output.
 void print(std::string_view line);
+/// Data on standard output as it is (lines end in their own line feeds).
+void write(std::string_view text);
 /// One message line on standard error.
 void message(std::string_view line);
 /// "quillmont: warning: <text>" on standard error.

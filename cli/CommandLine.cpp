@@ -8,9 +8,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/BookingCommands.h"
 #include "cli/CommandSet.h"
+#include "cli/HousekeepingCommands.h"
+#include "cli/OpenCommand.h"
+#include "cli/OverviewCommand.h"
+#include "cli/ReportCommands.h"
+#include "cli/SettingsCommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageError.h"
+#include "cli/WorkCommands.h"
 
 #ifndef QUILLMONT_VERSION
 #define QUILLMONT_VERSION "unknown"
@@ -29,7 +36,13 @@ Environment:
 Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 
 void installCommands(CommandSet& commands) {
-  (void)commands;
+  OverviewCommand::install(commands);
+  BookingCommands::install(commands);
+  WorkCommands::install(commands);
+  ReportCommands::install(commands);
+  SettingsCommands::install(commands);
+  OpenCommand::install(commands);
+  HousekeepingCommands::install(commands);
 }
 
 void useDataHome(const std::string& folder) {
@@ -70,7 +83,7 @@ int run(int argc, char** argv) {
 
   if (!dataHome.empty()) useDataHome(dataHome);
   try {
-    commands.chosen([] { std::cout << "overview\n"; })();
+    commands.chosen(OverviewCommand::run)();
     std::cout.flush();
     if (!std::cout) {
       reportFailure("cannot write to standard output");

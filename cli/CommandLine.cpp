@@ -45,6 +45,14 @@ void installCommands(CommandSet& commands) {
   HousekeepingCommands::install(commands);
 }
 
+// Help shows arguments by name alone ("DURATION", not "DURATION TEXT").
+void nameArgumentsPlainly(CLI::App& app) {
+  for (CLI::Option* option : app.get_options()) {
+    if (option->get_positional()) option->type_name("");
+  }
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) nameArgumentsPlainly(*command);
+}
+
 void useDataHome(const std::string& folder) {
   std::error_code error;
   const auto absolute = std::filesystem::absolute(folder, error);
@@ -70,9 +78,12 @@ int run(int argc, char** argv) {
   app.fallthrough();
   app.footer(footer);
   app.get_formatter()->column_width(34);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Positionals", "Arguments");
 
   CommandSet commands(app);
   installCommands(commands);
+  nameArgumentsPlainly(app);
 
   try {
     app.parse(argc, argv);

@@ -6,6 +6,7 @@ namespace quillmont {
 
 CLI::App* CommandSet::add(CLI::App& parent, const std::string& name, const std::string& description, Action action) {
   CLI::App* command = parent.add_subcommand(name, description);
+  command->group("Commands");
   // Subcommands' callbacks run before their parent's, so a chosen
   // subcommand has already claimed the slot when the parent's runs.
   command->callback([this, action = std::move(action)] {
@@ -16,6 +17,7 @@ CLI::App* CommandSet::add(CLI::App& parent, const std::string& name, const std::
 
 CLI::App* CommandSet::addGroup(CLI::App& parent, const std::string& name, const std::string& description) {
   CLI::App* group = parent.add_subcommand(name, description);
+  group->group("Commands");
   group->require_subcommand(1);
   return group;
 }

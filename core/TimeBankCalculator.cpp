@@ -1,10 +1,10 @@
 #include "core/TimeBankCalculator.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <map>
+#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -28,59 +28,14 @@ bool precedesForClustering(const ObservedWorkInterval& a, const ObservedWorkInte
   return a.breakSeconds < b.breakSeconds;
 }
 
-// The bits of an instant as an unsigned key with the same order. Observed
-// intervals never hold NaN; -0 is folded into +0 first so equal instants
-// get equal keys.
-std::uint64_t orderedKey(Date date) {
-  const auto bits = std::bit_cast<std::uint64_t>(date.timeIntervalSinceReferenceDate + 0.0);
-  constexpr std::uint64_t signBit = std::uint64_t{1} << 63;
-  return (bits & signBit) != 0 ? ~bits : bits | signBit;
-}
-
-// Least-significant-digit radix sort by start, 11 bits a pass; passes in
-// which every key has the same digit (the high bits of instants in one
-// era, the low bits of whole seconds) are skipped.
-void radixSortByStart(std::vector<ObservedWorkInterval>& intervals) {
-  constexpr int digitBits = 11;
-  constexpr int digitCount = 6;
-  constexpr std::size_t bucketCount = std::size_t{1} << digitBits;
-  constexpr std::uint64_t digitMask = bucketCount - 1;
-  const std::size_t count = intervals.size();
-
-  std::vector<std::array<std::uint32_t, bucketCount>> histograms(digitCount);
-  for (const ObservedWorkInterval& interval : intervals) {
-    const std::uint64_t key = orderedKey(interval.start);
-    for (int digit = 0; digit < digitCount; ++digit) ++histograms[digit][(key >> (digit * digitBits)) & digitMask];
-  }
-
-  std::vector<ObservedWorkInterval> buffer(count);
-  ObservedWorkInterval* source = intervals.data();
-  ObservedWorkInterval* target = buffer.data();
-  for (int digit = 0; digit < digitCount; ++digit) {
-    auto& histogram = histograms[digit];
-    const int shift = digit * digitBits;
-    if (histogram[(orderedKey(source[0].start) >> shift) & digitMask] == count) continue;
-    std::uint32_t offset = 0;
-    for (std::uint32_t& bucket : histogram) offset += std::exchange(bucket, offset);
-    for (std::size_t i = 0; i < count; ++i) target[histogram[(orderedKey(source[i].start) >> shift) & digitMask]++] = source[i];
-    std::swap(source, target);
-  }
-  if (source != intervals.data()) std::copy(source, source + count, intervals.data());
-}
-
-void sortForClustering(std::vector<ObservedWorkInterval>& intervals) {
-  // Stores mostly hand out entries in the order they were made.
-  if (std::is_sorted(intervals.begin(), intervals.end(), precedesForClustering)) return;
-  if (intervals.size() < 512) {
-    std::sort(intervals.begin(), intervals.end(), precedesForClustering);
-    return;
-  }
-  radixSortByStart(intervals);
-  // Runs of equal start are repeated entries, short; order them by end and break.
-  for (auto run = intervals.begin(); run != intervals.end();) {
-    const auto runEnd = std::find_if(run + 1, intervals.end(), [&](const auto& other) { return other.start != run->start; });
-    if (runEnd - run > 1) std::sort(run, runEnd, precedesForClustering);
-    run = runEnd;
+// Insertion sort of positions by the intervals they point to; for the few
+// intervals that share a bucket.
+void insertionSort(std::span<std::uint32_t> order, std::span<const ObservedWorkInterval> intervals) {
+  for (std::size_t item = 1; item < order.size(); ++item) {
+    const std::uint32_t value = order[item];
+    std::size_t hole = item;
+    for (; hole > 0 && precedesForClustering(intervals[value], intervals[order[hole - 1]]); --hole) order[hole] = order[hole - 1];
+    order[hole] = value;
   }
 }
 
@@ -108,12 +63,13 @@ std::size_t DayGrid::boundariesUpTo(Date date) const {
   if (count == 0) return 0;
   if (date != date) return count;
   if (date < boundaries_[0].start) return 0;
-  const TimeInterval daysIn = (date - boundaries_[0].start) / nominalDaySeconds;
+  const TimeInterval daysIn = (date - boundaries_[0].start) * (1.0 / nominalDaySeconds);
 
   // Days last 24 hours give or take a daylight-saving hour, so the nominal
-  // guess is at most a step or two off; gallop from it to a bracket
-  // [low, high) with boundaries_[low] <= date < boundaries_[high].
+  // guess is mostly right and otherwise a step or two off; gallop from it to
+  // a bracket [low, high) with boundaries_[low] <= date < boundaries_[high].
   const std::size_t guess = daysIn < static_cast<TimeInterval>(count - 1) ? static_cast<std::size_t>(daysIn) : count - 1;
+  if (boundaries_[guess].start <= date && (guess + 1 == count || date < boundaries_[guess + 1].start)) return guess + 1;
   std::size_t low = guess;
   std::size_t high = guess + 1;
   std::size_t step = 1;
@@ -158,8 +114,76 @@ std::vector<ObservedWorkInterval> observedIntervals(std::span<const std::shared_
   for (const auto& entry : entries) {
     if (auto interval = observedInterval(*entry, asOf)) intervals.push_back(*interval);
   }
-  sortForClustering(intervals);
   return intervals;
+}
+
+std::vector<std::uint32_t> clusteringOrder(std::span<const ObservedWorkInterval> intervals) {
+  const std::size_t count = intervals.size();
+  std::vector<std::uint32_t> order(count);
+  const auto byInterval = [&](std::uint32_t a, std::uint32_t b) { return precedesForClustering(intervals[a], intervals[b]); };
+  // Stores mostly hand out entries in the order they were made.
+  std::iota(order.begin(), order.end(), 0u);
+  if (std::is_sorted(intervals.begin(), intervals.end(), precedesForClustering)) return order;
+
+  // A bucket sort of positions: buckets of equal width between the earliest
+  // and the latest finite start (a monotonic bucket function, so buckets are
+  // in order), then the few positions of each bucket sorted by the full
+  // order. Positions are moved instead of intervals to keep the scratch
+  // memory small; a skewed spread of starts only makes buckets larger.
+  std::optional<Date> lowest;
+  std::optional<Date> highest;
+  for (const ObservedWorkInterval& interval : intervals) {
+    if (!std::isfinite(interval.start.timeIntervalSinceReferenceDate)) continue;
+    if (!lowest || interval.start < *lowest) lowest = interval.start;
+    if (!highest || interval.start > *highest) highest = interval.start;
+  }
+  const TimeInterval range = lowest ? *highest - *lowest : 0;
+  if (count < 256 || !(range > 0) || !std::isfinite(range)) {
+    std::sort(order.begin(), order.end(), byInterval);
+    return order;
+  }
+  const std::size_t bucketCount = count / 4 + 1;
+  const TimeInterval scale = static_cast<TimeInterval>(bucketCount) / range;
+  const auto bucketOf = [&](Date start) -> std::size_t {
+    if (start <= *lowest) return 0;
+    if (start >= *highest) return bucketCount - 1;
+    return std::min(static_cast<std::size_t>((start - *lowest) * scale), bucketCount - 1);
+  };
+  // ends[b] counts up to where bucket b starts, then, as positions are
+  // placed, moves on to where it ends.
+  std::vector<std::uint32_t> ends(bucketCount, 0);
+  for (const ObservedWorkInterval& interval : intervals) ++ends[bucketOf(interval.start)];
+  std::uint32_t offset = 0;
+  for (std::uint32_t& end : ends) offset += std::exchange(end, offset);
+  for (std::uint32_t position = 0; position < count; ++position) order[ends[bucketOf(intervals[position].start)]++] = position;
+
+  // The positions of a bucket point anywhere into the intervals; fetching
+  // the intervals a few buckets ahead overlaps those cache misses.
+  constexpr std::size_t prefetchDistance = 24;
+  for (std::size_t position = 0; position < std::min(prefetchDistance, count); ++position) {
+    __builtin_prefetch(&intervals[order[position]]);
+  }
+  std::uint32_t begin = 0;
+  for (const std::uint32_t end : ends) {
+    for (std::size_t ahead = begin + prefetchDistance; ahead < std::min<std::size_t>(end + prefetchDistance, count); ++ahead) {
+      __builtin_prefetch(&intervals[order[ahead]]);
+    }
+    const std::span<std::uint32_t> bucket(order.data() + begin, end - begin);
+    if (bucket.size() > 16) {
+      std::sort(bucket.begin(), bucket.end(), byInterval);
+    } else if (bucket.size() > 1) {
+      insertionSort(bucket, intervals);
+    }
+    begin = end;
+  }
+  return order;
+}
+
+std::vector<ObservedWorkInterval> sortedForClustering(std::span<const ObservedWorkInterval> intervals) {
+  std::vector<ObservedWorkInterval> sorted;
+  sorted.reserve(intervals.size());
+  for (const std::uint32_t position : clusteringOrder(intervals)) sorted.push_back(intervals[position]);
+  return sorted;
 }
 
 std::vector<WorkIntervalCluster> workIntervalClusters(std::span<const ObservedWorkInterval> sortedIntervals) {
@@ -182,11 +206,20 @@ std::vector<WorkIntervalCluster> workIntervalClusters(std::span<const ObservedWo
   return clusters;
 }
 
-std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const ObservedWorkInterval> sortedIntervals,
-                                                             const DayGrid& grid) {
+std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const ObservedWorkInterval> intervals,
+                                                             std::span<const std::uint32_t> order, const DayGrid& grid) {
   std::vector<std::optional<TimeInterval>> worked(grid.size());
   if (grid.empty()) return worked;
 
+  // Clusters ascend and do not overlap, so their days are found by walking
+  // the grid forward: `passed` counts the day starts at or before the start
+  // of the latest cluster.
+  const std::size_t boundaryCount = grid.size() + 1;
+  const auto countUpTo = [&](std::size_t counted, Date date) {
+    while (counted < boundaryCount && grid.start(counted) <= date) ++counted;
+    return counted;
+  };
+  std::size_t passed = 0;
   const auto spread = [&](Date start, Date end, TimeInterval breakSeconds) {
     const TimeInterval length = end - start;
     if (!(length > 0)) return;
@@ -194,11 +227,11 @@ std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const Obs
     // unbounded cluster keeps the factor 1 instead of inf / inf.
     const TimeInterval net = length - breakSeconds;
     const TimeInterval factor = net >= length ? 1.0 : net <= 0 ? 0.0 : net / length;
-    const std::size_t startBoundaries = grid.boundariesUpTo(start);
-    const std::size_t endBoundaries = grid.boundariesUpTo(end);
+    passed = countUpTo(passed, start);
+    const std::size_t endBoundaries = countUpTo(passed, end);
     if (endBoundaries == 0) return;
     const std::size_t lastDay = std::min(endBoundaries - 1, grid.size() - 1);
-    for (std::size_t day = startBoundaries == 0 ? 0 : startBoundaries - 1; day <= lastDay; ++day) {
+    for (std::size_t day = passed == 0 ? 0 : passed - 1; day <= lastDay; ++day) {
       const Date segmentStart = std::max(grid.start(day), start);
       const Date segmentEnd = std::min(grid.start(day + 1), end);
       if (segmentEnd > segmentStart) worked[day] = worked[day].value_or(0) + factor * (segmentEnd - segmentStart);
@@ -214,7 +247,10 @@ std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const Obs
   TimeInterval earlierBreaks = 0;  // distinct intervals before the last one
   WorkIntervalKey lastKey;
   TimeInterval lastBreak = 0;
-  for (const ObservedWorkInterval& interval : sortedIntervals) {
+  constexpr std::size_t prefetchDistance = 16;
+  for (std::size_t index = 0; index < order.size(); ++index) {
+    if (index + prefetchDistance < order.size()) __builtin_prefetch(&intervals[order[index + prefetchDistance]]);
+    const ObservedWorkInterval& interval = intervals[order[index]];
     const WorkIntervalKey key{interval.start, interval.end};
     if (!open || interval.start > clusterEnd) {
       if (open) spread(clusterStart, clusterEnd, earlierBreaks + lastBreak);
@@ -242,7 +278,8 @@ std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const Obs
 std::map<Date, TimeInterval> workedSecondsByDay(std::span<const std::shared_ptr<WorkEntry>> entries, Date from,
                                                 Date through, Date asOf, const Calendar& calendar) {
   const DayGrid grid = DayGrid::covering(calendar, from, through);
-  const auto worked = workedSecondsOnDays(observedIntervals(entries, asOf), grid);
+  const auto intervals = observedIntervals(entries, asOf);
+  const auto worked = workedSecondsOnDays(intervals, clusteringOrder(intervals), grid);
   std::map<Date, TimeInterval> byDay;
   for (std::size_t day = 0; day < worked.size(); ++day) {
     if (worked[day]) byDay.emplace_hint(byDay.end(), grid.start(day), *worked[day]);
@@ -352,7 +389,8 @@ std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Sc
   const DayGrid grid = DayGrid::covering(calendar, calculationStart, through);
   if (grid.empty()) return {};
 
-  const auto worked = detail::workedSecondsOnDays(detail::observedIntervals(entries, through), grid);
+  const auto intervals = detail::observedIntervals(entries, through);
+  const auto worked = detail::workedSecondsOnDays(intervals, detail::clusteringOrder(intervals), grid);
 
   std::vector<TimeInterval> adjusted(grid.size(), 0.0);
   for (const auto& adjustment : adjustments) {

@@ -240,7 +240,7 @@ std::vector<DayBalance> literalDayBalances(const Entries& entries, const Adjustm
   return days;
 }
 
-// Small random histories around daylight-saving changes (and around 1 January
+// Random histories around daylight-saving changes (and around 1 January
 // 2000), with overlapping and repeated entries, schedules that tie on some or
 // all keys, and weekday minutes out of range.
 RC_GTEST_PROP(TimeBankCalculator, DayBalancesEqualTheLiteralComputation, ()) {
@@ -263,7 +263,8 @@ RC_GTEST_PROP(TimeBankCalculator, DayBalancesEqualTheLiteralComputation, ()) {
   };
 
   Entries entries;
-  for (int i = *rc::gen::inRange(0, 10); i > 0; --i) {
+  // Now and then enough entries to take the bucketed ordering of large sets.
+  for (int i = *rc::gen::inRange(0, 10) + (*rc::gen::inRange(0, 8) == 0 ? 400 : 0); i > 0; --i) {
     const Date start = instant(-1, 9);
     const std::optional<Date> end = *rc::gen::element<std::optional<Date>>(start + *rc::gen::inRange(-30, 1800) * 60.0, std::nullopt);
     entries.push_back(entry(start, end, *rc::gen::inRange(-10, 400)));

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -94,22 +95,27 @@ class DayGrid {
 /// `asOf`; nothing when the cut interval is empty or starts after `asOf`.
 std::optional<ObservedWorkInterval> observedInterval(const WorkEntry& entry, Date asOf);
 
-/// The observed intervals of `entries` at `asOf`, sorted for clustering:
-/// ascending start, then end, then break.
+/// The observed intervals of `entries` at `asOf`, in the order of the entries.
 std::vector<ObservedWorkInterval> observedIntervals(std::span<const std::shared_ptr<WorkEntry>> entries, Date asOf);
 
-/// Clusters of intervals sorted as observedIntervals() sorts them, in
-/// ascending order of start. Two intervals with the same start and end are
-/// one interval whose break is the larger of theirs.
+/// The positions of `intervals` in the order clusters are built in:
+/// ascending start, then end, then break.
+std::vector<std::uint32_t> clusteringOrder(std::span<const ObservedWorkInterval> intervals);
+/// `intervals` in clustering order.
+std::vector<ObservedWorkInterval> sortedForClustering(std::span<const ObservedWorkInterval> intervals);
+
+/// Clusters of intervals in clustering order, in ascending order of start.
+/// Two intervals with the same start and end are one interval whose break
+/// is the larger of theirs.
 std::vector<WorkIntervalCluster> workIntervalClusters(std::span<const ObservedWorkInterval> sortedIntervals);
 
-/// Worked seconds of sorted intervals on each day of `grid`: every part of a
-/// cluster of positive length on a day adds its length times the cluster's
-/// net factor (its length less its breaks, as a share of its length, clamped
-/// to 0 ... 1), cluster by cluster in ascending order. Days that no cluster
-/// reaches hold nothing.
-std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const ObservedWorkInterval> sortedIntervals,
-                                                             const DayGrid& grid);
+/// Worked seconds of intervals, taken in `order`, on each day of `grid`:
+/// every part of a cluster of positive length on a day adds its length times
+/// the cluster's net factor (its length less its breaks, as a share of its
+/// length, clamped to 0 ... 1), cluster by cluster in ascending order. Days
+/// that no cluster reaches hold nothing.
+std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const ObservedWorkInterval> intervals,
+                                                             std::span<const std::uint32_t> order, const DayGrid& grid);
 
 /// Worked seconds of `entries` per day from the day of `from` through the day
 /// of `through`, running and later-ending entries counted up to `asOf`. Days

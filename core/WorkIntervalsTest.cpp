@@ -47,17 +47,17 @@ TEST(WorkIntervals, OverlappingTouchingAndRepeatedEntriesCountOnce) {
   const Entries touching{entry(day + 12 * hour, day + 15 * hour, 15), entry(day + 9 * hour, day + 12 * hour, 15)};
   EXPECT_EQ(workedOn(touching), 19'800);
 
-  const auto repeatedClusters = workIntervalClusters(observedIntervals(repeated, later));
+  const auto repeatedClusters = workIntervalClusters(sortedForClustering(observedIntervals(repeated, later)));
   ASSERT_EQ(repeatedClusters.size(), 1u);
   EXPECT_EQ(repeatedClusters[0].breakSecondsByInterval.size(), 1u);
   EXPECT_EQ(repeatedClusters[0].breakSeconds(), 2'700);
-  const auto touchingClusters = workIntervalClusters(observedIntervals(touching, later));
+  const auto touchingClusters = workIntervalClusters(sortedForClustering(observedIntervals(touching, later)));
   ASSERT_EQ(touchingClusters.size(), 1u);
   EXPECT_EQ(touchingClusters[0].start, day + 9 * hour);
   EXPECT_EQ(touchingClusters[0].end, day + 15 * hour);
   EXPECT_EQ(touchingClusters[0].breakSecondsByInterval.size(), 2u);
   const Entries apart{entry(day + 9 * hour, day + 10 * hour, 90), entry(day + 11 * hour, day + 12 * hour)};
-  const auto apartClusters = workIntervalClusters(observedIntervals(apart, later));
+  const auto apartClusters = workIntervalClusters(sortedForClustering(observedIntervals(apart, later)));
   ASSERT_EQ(apartClusters.size(), 2u);
   EXPECT_EQ(apartClusters[0].breakSeconds(), hour);  // capped at the interval's length
   EXPECT_EQ(workedOn(apart), hour);
@@ -152,8 +152,8 @@ TEST(WorkIntervals, DayGridFindsTheCalendarsDayForAnyInstant) {
 }
 
 TEST(WorkIntervals, LargeEntrySetsAreSortedForClustering) {
-  // Above a few hundred intervals the sort is a radix sort on the start;
-  // it must agree with the plain ordering, negative and repeated starts included.
+  // Above a few hundred intervals the order comes from buckets of starts; it
+  // must agree with the plain ordering, negative, repeated and infinite starts included.
   std::mt19937_64 random(11);
   Entries entries;
   for (int i = 0; i < 5'000; ++i) {
@@ -163,12 +163,18 @@ TEST(WorkIntervals, LargeEntrySetsAreSortedForClustering) {
   }
   entries.push_back(entry(Date(-0.0), Date(10)));
   entries.push_back(entry(Date(0.0), Date(5)));
+  entries.push_back(entry(Date(-INFINITY), Date(-5)));
   std::vector<ObservedWorkInterval> expected;
   for (const auto& each : entries) expected.push_back(*observedInterval(*each, Date(1e12)));
-  std::sort(expected.begin(), expected.end(), [](const auto& a, const auto& b) {
+  const auto byStartEndBreak = [](const auto& a, const auto& b) {
     return std::tie(a.start, a.end, a.breakSeconds) < std::tie(b.start, b.end, b.breakSeconds);
-  });
-  EXPECT_EQ(observedIntervals(entries, Date(1e12)), expected);
+  };
+  std::sort(expected.begin(), expected.end(), byStartEndBreak);
+  EXPECT_EQ(sortedForClustering(observedIntervals(entries, Date(1e12))), expected);
+  // One far start crowds the rest into a bucket or two.
+  entries.push_back(entry(Date(1e11), Date(1e11 + 1)));
+  expected.push_back(*observedInterval(*entries.back(), Date(1e12)));
+  EXPECT_EQ(sortedForClustering(observedIntervals(entries, Date(1e12))), expected);
 }
 
 // For random entries around the autumn change in Berlin: every day's worked

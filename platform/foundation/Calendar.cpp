@@ -4,6 +4,7 @@
 #include <unicode/calendar.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
+#include <unicode/tztrans.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -190,12 +191,26 @@ std::vector<Calendar::Day> Calendar::days(Date first, Date last) const {
   const UDate lastUTC = toICU(lastStart);
 
   result.reserve(static_cast<std::size_t>((lastUTC - firstUTC) / millisecondsPerDay) + 2);
+  // Between two transitions of the zone the offset is constant, so most
+  // midnights need only arithmetic; those within two days of a transition
+  // ask the zone.
+  UDate segmentStart = 0;
+  UDate segmentEnd = 0;
+  int32_t segmentOffset = 0;
+  constexpr double margin = 2 * millisecondsPerDay;
   for (std::int64_t localDay = firstLocalDay;; ++localDay) {
     const UDate localMidnight = static_cast<double>(localDay) * millisecondsPerDay;
     UDate start;
-    if (zone != nullptr) {
+    if (localMidnight - segmentOffset - margin >= segmentStart && localMidnight - segmentOffset + margin < segmentEnd) {
+      start = localMidnight - segmentOffset;
+    } else if (zone != nullptr) {
       zone->getOffsetFromLocal(localMidnight, UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_FORMER, rawOffset, dstOffset, status);
       start = localMidnight - rawOffset - dstOffset;
+      icu::TimeZoneTransition transition;
+      segmentStart = zone->getPreviousTransition(start, true, transition) ? transition.getTime() : -1e300;
+      segmentEnd = zone->getNextTransition(start, false, transition) ? transition.getTime() : 1e300;
+      calendar_->getTimeZone().getOffset(start, false, rawOffset, dstOffset, status);
+      segmentOffset = rawOffset + dstOffset;
     } else {
       start = toICU(startOfDay(fromICU(localMidnight - rawOffset - dstOffset)));
     }

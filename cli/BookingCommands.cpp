@@ -66,6 +66,7 @@ std::string signWord(AdjustmentCategoryBehavior behavior) {
 
 void book(const BookOptions& options) {
   const std::int64_t minutes = CommandInput::minutes(options.duration, "DURATION");
+  const std::string& note = CommandInput::text(options.note, "--note");
   StoreSession session;
   const std::string rawValue = categoryRawValue(options.category, session.settings());
   const Date selected = options.day.empty()
@@ -83,7 +84,7 @@ void book(const BookOptions& options) {
   }
 
   const auto adjustment =
-      TimeBankTransactionController::record(minutes, date, options.note, rawValue, session.context());
+      TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());
   const auto adjustments = session.context().fetch<BalanceAdjustment>();
   const double balance = TimeBankCalculator::ledgerBalanceSeconds(
       adjustments, session.settings().startingBalanceMinutes(), session.now());

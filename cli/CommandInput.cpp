@@ -2,6 +2,7 @@
 
 #include "cli/DurationInput.h"
 #include "cli/UsageError.h"
+#include "platform/foundation/Text.h"
 
 namespace quillmont::CommandInput {
 namespace {
@@ -14,6 +15,11 @@ std::string quoted(std::string_view text) {
 }
 
 }  // namespace
+
+const std::string& text(const std::string& text, std::string_view option) {
+  if (!Text::isValidUTF8(text)) throw UsageError(std::string(option) + ": the text is not valid UTF-8");
+  return text;
+}
 
 std::int64_t minutes(std::string_view text, std::string_view option) {
   if (const auto value = DurationInput::minutes(text)) return *value;

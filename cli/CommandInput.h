@@ -16,6 +16,8 @@
 
 namespace quillmont::CommandInput {
 
+/// Text as typed (notes, titles); it must be valid UTF-8, as every stored text is.
+const std::string& text(const std::string& text, std::string_view option);
 std::int64_t minutes(std::string_view text, std::string_view option);
 /// Exactly `count` durations separated by commas.
 std::vector<std::int64_t> minutesList(std::string_view text, std::string_view option, std::size_t count);

@@ -52,6 +52,7 @@ TEST(CommandLine, UsageErrorsExitWithTwoAndChangeNothing) {
   const std::vector<std::vector<std::string>> mistakes{
       {"--no-such-option"}, {"no-such-command"}, {"--data-home"}, {"book"}, {"book", "1.5"}, {"book", "abc"},
       {"book", "30", "--day", "2026-02-30"}, {"book", "30", "--category", "no such category"},
+      {"book", "30", "--note", "caf\xe9"}, {"category", "add", "\xff"},
       {"bookings"}, {"bookings", "delete"}, {"bookings", "delete", "not-hex"}, {"timer"}, {"timer", "pause"},
       {"work", "add", "--start", "09:00"}, {"work", "add", "--start", "25:00", "--end", "26:00"},
       {"work", "add", "--start", "2026-03-02 17:00", "--end", "2026-03-02 09:00"},

@@ -247,8 +247,8 @@ std::optional<std::size_t> categoryIndex(const std::vector<CustomAdjustmentCateg
   return std::nullopt;
 }
 
-CustomAdjustmentCategory newCategory(std::string_view title) {
-  auto category = CustomAdjustmentCategory::fromTitle(title);
+CustomAdjustmentCategory newCategory(const std::string& title) {
+  auto category = CustomAdjustmentCategory::fromTitle(CommandInput::text(title, "TITLE"));
   if (!category) throw UsageError("a category needs a title that is not blank");
   return *category;
 }

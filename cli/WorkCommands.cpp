@@ -102,7 +102,8 @@ void add(const EntryOptions& options) {
   const Date end = CommandInput::dateTime(options.end, session.today(), session.calendar(), "--end");
   const std::int64_t pause = options.breakTime.empty() ? 0 : breakMinutes(options.breakTime);
   checkOrder(start, end);
-  auto entry = std::make_shared<WorkEntry>(UUID::random(), start, end, pause, options.note.value_or(""), session.now(),
+  auto entry = std::make_shared<WorkEntry>(UUID::random(), start, end, pause,
+                                           CommandInput::text(options.note.value_or(""), "--note"), session.now(),
                                            session.now());
   session.context().insert(entry);
   session.context().save();
@@ -130,7 +131,7 @@ void edit(const EntryOptions& options) {
   entry.setStartedAt(start);
   entry.setEndedAt(end);
   entry.setBreakMinutes(pause);
-  if (options.note) entry.setNote(NoteValidation::normalized(*options.note));
+  if (options.note) entry.setNote(NoteValidation::normalized(CommandInput::text(*options.note, "--note")));
   entry.setModifiedAt(session.now());
   session.context().save();
   Terminal::message("Changed work " + Display::shortIdentifier(entry.id()) + ".");

@@ -1,0 +1,431 @@
+#include "core/TimeBankArchive.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/TimeBankArchiveError.h"
+#include "platform/foundation/JsonReader.h"
+#include "platform/foundation/JsonWriter.h"
+
+namespace quillmont {
+namespace {
+
+using Archive = TimeBankArchive;
+using JsonReader::optionalKey;
+using JsonReader::Path;
+using JsonReader::requiredKey;
+using simdjson::ondemand::value;
+
+// Sorting ------------------------------------------------------------------
+
+// Instants ascending, then identifiers (byte order is the order of their
+// upper-case texts). A NaN instant, which only a damaged store holds, sorts
+// after every number so that the order stays strict and weak.
+bool instantThenIdentifierBefore(Date a, const UUID& aID, Date b, const UUID& bID) {
+  if (a < b) return true;
+  if (b < a) return false;
+  const bool aIsNaN = std::isnan(a.timeIntervalSinceReferenceDate);
+  const bool bIsNaN = std::isnan(b.timeIntervalSinceReferenceDate);
+  if (aIsNaN != bIsNaN) return bIsNaN;
+  return aID < bID;
+}
+
+template <class Record, class Instant>
+void sortByInstantThenIdentifier(std::vector<Record>& records, Instant instant) {
+  std::stable_sort(records.begin(), records.end(), [instant](const Record& a, const Record& b) {
+    return instantThenIdentifierBefore(a.*instant, a.id, b.*instant, b.id);
+  });
+}
+
+// Encoding -----------------------------------------------------------------
+
+void writeInstant(JsonWriter& writer, Date date) { writer.number(date.timeIntervalSince1970()); }
+
+void writeIdentifier(JsonWriter& writer, const UUID& id) { writer.string(id.uuidString()); }
+
+void writeIntegers(JsonWriter& writer, std::span<const std::int64_t> values) {
+  writer.beginArray();
+  for (const std::int64_t value : values) writer.integer(value);
+  writer.endArray();
+}
+
+// Keys below are written in ascending byte order, the document's key order.
+
+void writeWorkEntry(JsonWriter& writer, const Archive::WorkEntryRecord& entry) {
+  writer.beginObject();
+  writer.key("breakMinutes");
+  writer.integer(entry.breakMinutes);
+  writer.key("createdAt");
+  writeInstant(writer, entry.createdAt);
+  if (entry.endedAt) {
+    writer.key("endedAt");
+    writeInstant(writer, *entry.endedAt);
+  }
+  writer.key("id");
+  writeIdentifier(writer, entry.id);
+  writer.key("modifiedAt");
+  writeInstant(writer, entry.modifiedAt);
+  writer.key("note");
+  writer.string(entry.note);
+  writer.key("startedAt");
+  writeInstant(writer, entry.startedAt);
+  writer.endObject();
+}
+
+void writeBalanceAdjustment(JsonWriter& writer, const Archive::BalanceAdjustmentRecord& adjustment) {
+  writer.beginObject();
+  writer.key("createdAt");
+  writeInstant(writer, adjustment.createdAt);
+  writer.key("date");
+  writeInstant(writer, adjustment.date);
+  writer.key("id");
+  writeIdentifier(writer, adjustment.id);
+  writer.key("kind");
+  writer.string(adjustment.kind);
+  writer.key("minutes");
+  writer.integer(adjustment.minutes);
+  writer.key("modifiedAt");
+  writeInstant(writer, adjustment.modifiedAt);
+  writer.key("note");
+  writer.string(adjustment.note);
+  writer.endObject();
+}
+
+void writeSchedule(JsonWriter& writer, const Archive::ScheduleRecord& schedule) {
+  writer.beginObject();
+  writer.key("createdAt");
+  writeInstant(writer, schedule.createdAt);
+  writer.key("effectiveFrom");
+  writeInstant(writer, schedule.effectiveFrom);
+  writer.key("id");
+  writeIdentifier(writer, schedule.id);
+  writer.key("modifiedAt");
+  writeInstant(writer, schedule.modifiedAt);
+  writer.key("weekdayMinutes");
+  writeIntegers(writer, schedule.weekdayMinutes);
+  writer.endObject();
+}
+
+void writeSettings(JsonWriter& writer, const Archive::SettingsRecord& settings) {
+  writer.beginObject();
+  writer.key("calculationStartDate");
+  writeInstant(writer, settings.calculationStartDate);
+  if (settings.customAdjustmentCategoriesRawValue) {
+    writer.key("customAdjustmentCategoriesRawValue");
+    writer.string(*settings.customAdjustmentCategoriesRawValue);
+  }
+  writer.key("hasCompletedOnboarding");
+  writer.boolean(settings.hasCompletedOnboarding);
+  writer.key("id");
+  writeIdentifier(writer, settings.id);
+  writer.key("modifiedAt");
+  writeInstant(writer, settings.modifiedAt);
+  if (settings.quickActionMinutes) {
+    writer.key("quickActionMinutes");
+    writeIntegers(writer, *settings.quickActionMinutes);
+  }
+  writer.key("startingBalanceMinutes");
+  writer.integer(settings.startingBalanceMinutes);
+  if (settings.visibleAdjustmentKindsRawValue) {
+    writer.key("visibleAdjustmentKindsRawValue");
+    writer.string(*settings.visibleAdjustmentKindsRawValue);
+  }
+  writer.key("weekdayMinutes");
+  writeIntegers(writer, settings.weekdayMinutes);
+  writer.endObject();
+}
+
+template <class Record, class Write>
+void writeList(JsonWriter& writer, std::string_view key, const std::vector<Record>& records, Write write) {
+  writer.key(key);
+  writer.beginArray();
+  for (const Record& record : records) write(writer, record);
+  writer.endArray();
+}
+
+// Room for the document, from the sizes of its indented records without
+// their texts; a little too much is cheaper than growing a large string.
+std::size_t estimatedSize(const Archive& archive) {
+  std::size_t size = 256 + 260 * archive.workEntries.size() + 270 * archive.balanceAdjustments.size() +
+                     300 * archive.schedules.size() + 700 * archive.settings.size();
+  for (const auto& entry : archive.workEntries) size += entry.note.size();
+  for (const auto& adjustment : archive.balanceAdjustments) size += adjustment.note.size() + adjustment.kind.size();
+  for (const auto& settings : archive.settings) {
+    size += settings.visibleAdjustmentKindsRawValue.value_or("").size() +
+            settings.customAdjustmentCategoriesRawValue.value_or("").size();
+  }
+  return size + size / 16;
+}
+
+// Decoding -----------------------------------------------------------------
+
+Date instant(value& field, const Path& at) { return Date::fromTimeIntervalSince1970(JsonReader::number(field, at)); }
+
+std::vector<std::int64_t> integers(value& field, const Path& at) {
+  std::vector<std::int64_t> values;
+  values.reserve(7);
+  JsonReader::forEachElement(field, at, [&values](value& element, const Path& elementAt) {
+    values.push_back(JsonReader::int64(element, elementAt));
+  });
+  return values;
+}
+
+// Reads an array of records into `records`, reserving room for all of them
+// (at most one past `limit`: a longer list is refused by validation anyway).
+template <class Record, class Read>
+void readList(value& field, const Path& at, std::size_t limit, std::vector<Record>& records, Read read) {
+  std::size_t count = 0;
+  if (!field.count_elements().get(count)) records.reserve(std::min(count, limit + 1));
+  JsonReader::forEachElement(field, at, [&](value& element, const Path& elementAt) {
+    read(element, elementAt, records.emplace_back());
+  });
+}
+
+void readWorkEntry(value& object, const Path& at, Archive::WorkEntryRecord& entry) {
+  enum : std::size_t { breakMinutes, createdAt, endedAt, id, modifiedAt, note, startedAt };
+  static constexpr JsonReader::Key keys[] = {requiredKey("breakMinutes"), requiredKey("createdAt"),
+                                             optionalKey("endedAt"),      requiredKey("id"),
+                                             requiredKey("modifiedAt"),   requiredKey("note"),
+                                             requiredKey("startedAt")};
+  JsonReader::readObject(object, at, keys, [&entry](std::size_t key, value& field, const Path& fieldAt) {
+    switch (key) {
+      case breakMinutes: entry.breakMinutes = JsonReader::int64(field, fieldAt); break;
+      case createdAt: entry.createdAt = instant(field, fieldAt); break;
+      case endedAt:
+        if (JsonReader::isNull(field)) {
+          entry.endedAt.reset();
+        } else {
+          entry.endedAt = instant(field, fieldAt);
+        }
+        break;
+      case id: entry.id = JsonReader::uuid(field, fieldAt); break;
+      case modifiedAt: entry.modifiedAt = instant(field, fieldAt); break;
+      case note: entry.note = JsonReader::string(field, fieldAt); break;
+      case startedAt: entry.startedAt = instant(field, fieldAt); break;
+    }
+  });
+}
+
+void readBalanceAdjustment(value& object, const Path& at, Archive::BalanceAdjustmentRecord& adjustment) {
+  enum : std::size_t { createdAt, date, id, kind, minutes, modifiedAt, note };
+  static constexpr JsonReader::Key keys[] = {requiredKey("createdAt"), requiredKey("date"),    requiredKey("id"),
+                                             requiredKey("kind"),      requiredKey("minutes"), requiredKey("modifiedAt"),
+                                             requiredKey("note")};
+  JsonReader::readObject(object, at, keys, [&adjustment](std::size_t key, value& field, const Path& fieldAt) {
+    switch (key) {
+      case createdAt: adjustment.createdAt = instant(field, fieldAt); break;
+      case date: adjustment.date = instant(field, fieldAt); break;
+      case id: adjustment.id = JsonReader::uuid(field, fieldAt); break;
+      case kind: adjustment.kind = JsonReader::string(field, fieldAt); break;
+      case minutes: adjustment.minutes = JsonReader::int64(field, fieldAt); break;
+      case modifiedAt: adjustment.modifiedAt = instant(field, fieldAt); break;
+      case note: adjustment.note = JsonReader::string(field, fieldAt); break;
+    }
+  });
+}
+
+void readSchedule(value& object, const Path& at, Archive::ScheduleRecord& schedule) {
+  enum : std::size_t { createdAt, effectiveFrom, id, modifiedAt, weekdayMinutes };
+  static constexpr JsonReader::Key keys[] = {requiredKey("createdAt"), requiredKey("effectiveFrom"), requiredKey("id"),
+                                             requiredKey("modifiedAt"), requiredKey("weekdayMinutes")};
+  JsonReader::readObject(object, at, keys, [&schedule](std::size_t key, value& field, const Path& fieldAt) {
+    switch (key) {
+      case createdAt: schedule.createdAt = instant(field, fieldAt); break;
+      case effectiveFrom: schedule.effectiveFrom = instant(field, fieldAt); break;
+      case id: schedule.id = JsonReader::uuid(field, fieldAt); break;
+      case modifiedAt: schedule.modifiedAt = instant(field, fieldAt); break;
+      case weekdayMinutes: schedule.weekdayMinutes = integers(field, fieldAt); break;
+    }
+  });
+}
+
+void readSettings(value& object, const Path& at, Archive::SettingsRecord& settings) {
+  enum : std::size_t {
+    calculationStartDate,
+    customAdjustmentCategoriesRawValue,
+    hasCompletedOnboarding,
+    id,
+    modifiedAt,
+    quickActionMinutes,
+    startingBalanceMinutes,
+    visibleAdjustmentKindsRawValue,
+    weekdayMinutes
+  };
+  static constexpr JsonReader::Key keys[] = {
+      requiredKey("calculationStartDate"),   optionalKey("customAdjustmentCategoriesRawValue"),
+      requiredKey("hasCompletedOnboarding"), requiredKey("id"),
+      requiredKey("modifiedAt"),             optionalKey("quickActionMinutes"),
+      requiredKey("startingBalanceMinutes"), optionalKey("visibleAdjustmentKindsRawValue"),
+      requiredKey("weekdayMinutes")};
+  JsonReader::readObject(object, at, keys, [&settings](std::size_t key, value& field, const Path& fieldAt) {
+    switch (key) {
+      case calculationStartDate: settings.calculationStartDate = instant(field, fieldAt); break;
+      case customAdjustmentCategoriesRawValue:
+        if (JsonReader::isNull(field)) {
+          settings.customAdjustmentCategoriesRawValue.reset();
+        } else {
+          settings.customAdjustmentCategoriesRawValue = JsonReader::string(field, fieldAt);
+        }
+        break;
+      case hasCompletedOnboarding: settings.hasCompletedOnboarding = JsonReader::boolean(field, fieldAt); break;
+      case id: settings.id = JsonReader::uuid(field, fieldAt); break;
+      case modifiedAt: settings.modifiedAt = instant(field, fieldAt); break;
+      case quickActionMinutes:
+        if (JsonReader::isNull(field)) {
+          settings.quickActionMinutes.reset();
+        } else {
+          settings.quickActionMinutes = integers(field, fieldAt);
+        }
+        break;
+      case startingBalanceMinutes: settings.startingBalanceMinutes = JsonReader::int64(field, fieldAt); break;
+      case visibleAdjustmentKindsRawValue:
+        if (JsonReader::isNull(field)) {
+          settings.visibleAdjustmentKindsRawValue.reset();
+        } else {
+          settings.visibleAdjustmentKindsRawValue = JsonReader::string(field, fieldAt);
+        }
+        break;
+      case weekdayMinutes: settings.weekdayMinutes = integers(field, fieldAt); break;
+    }
+  });
+}
+
+Archive readArchive(value& root) {
+  enum : std::size_t { balanceAdjustments, exportedAt, schedules, schemaVersion, settings, workEntries };
+  static constexpr JsonReader::Key keys[] = {requiredKey("balanceAdjustments"), requiredKey("exportedAt"),
+                                             requiredKey("schedules"),          requiredKey("schemaVersion"),
+                                             requiredKey("settings"),           requiredKey("workEntries")};
+  Archive archive;
+  JsonReader::readObject(root, Path(), keys, [&archive](std::size_t key, value& field, const Path& at) {
+    switch (key) {
+      case balanceAdjustments:
+        archive.balanceAdjustments.clear();
+        readList(field, at, Archive::maximumBalanceAdjustmentCount, archive.balanceAdjustments, readBalanceAdjustment);
+        break;
+      case exportedAt: archive.exportedAt = instant(field, at); break;
+      case schedules:
+        archive.schedules.clear();
+        readList(field, at, Archive::maximumScheduleCount, archive.schedules, readSchedule);
+        break;
+      case schemaVersion: archive.schemaVersion = JsonReader::int64(field, at); break;
+      case settings:
+        archive.settings.clear();
+        readList(field, at, Archive::maximumSettingsCount, archive.settings, readSettings);
+        break;
+      case workEntries:
+        archive.workEntries.clear();
+        readList(field, at, Archive::maximumWorkEntryCount, archive.workEntries, readWorkEntry);
+        break;
+    }
+  });
+  return archive;
+}
+
+// Validation ---------------------------------------------------------------
+
+template <class Record>
+bool hasDuplicateIdentifiers(const std::vector<Record>& records) {
+  std::vector<UUID> ids;
+  ids.reserve(records.size());
+  for (const Record& record : records) ids.push_back(record.id);
+  std::sort(ids.begin(), ids.end());
+  return std::adjacent_find(ids.begin(), ids.end()) != ids.end();
+}
+
+}  // namespace
+
+TimeBankArchive::TimeBankArchive(Date exportInstant, std::span<const std::shared_ptr<WorkEntry>> liveEntries,
+                                 std::span<const std::shared_ptr<BalanceAdjustment>> liveAdjustments,
+                                 std::span<const std::shared_ptr<WorkSchedule>> liveSchedules,
+                                 std::span<const std::shared_ptr<TimeBankSettings>> liveSettings)
+    : exportedAt(exportInstant) {
+  workEntries.reserve(liveEntries.size());
+  for (const auto& entry : liveEntries) {
+    workEntries.push_back({entry->id(), entry->startedAt(), entry->endedAt(), entry->breakMinutes(), entry->note(),
+                           entry->createdAt(), entry->modifiedAt()});
+  }
+  balanceAdjustments.reserve(liveAdjustments.size());
+  for (const auto& adjustment : liveAdjustments) {
+    balanceAdjustments.push_back({adjustment->id(), adjustment->date(), adjustment->minutes(), adjustment->note(),
+                                  adjustment->kindRawValue(), adjustment->createdAt(), adjustment->modifiedAt()});
+  }
+  schedules.reserve(liveSchedules.size());
+  for (const auto& schedule : liveSchedules) {
+    const WeekdayMinutes weekdays = schedule->weekdayMinutes();
+    schedules.push_back({schedule->id(), schedule->effectiveFrom(), {weekdays.begin(), weekdays.end()},
+                         schedule->createdAt(), schedule->modifiedAt()});
+  }
+  settings.reserve(liveSettings.size());
+  for (const auto& record : liveSettings) {
+    const WeekdayMinutes weekdays = record->weekdayMinutes();
+    const TimeBankSettings::QuickActionMinutes quickActions = record->quickActionMinutes();
+    settings.push_back({record->id(), record->calculationStartDate(), record->startingBalanceMinutes(),
+                        {weekdays.begin(), weekdays.end()},
+                        std::vector<std::int64_t>(quickActions.begin(), quickActions.end()),
+                        record->visibleAdjustmentKindsRawValue(), record->customAdjustmentCategoriesRawValue(),
+                        record->hasCompletedOnboarding(), record->modifiedAt()});
+  }
+  sortByInstantThenIdentifier(workEntries, &WorkEntryRecord::startedAt);
+  sortByInstantThenIdentifier(balanceAdjustments, &BalanceAdjustmentRecord::date);
+  sortByInstantThenIdentifier(schedules, &ScheduleRecord::effectiveFrom);
+  std::stable_sort(settings.begin(), settings.end(),
+                   [](const SettingsRecord& a, const SettingsRecord& b) { return a.id < b.id; });
+}
+
+std::string TimeBankArchive::encodedJSON() const {
+  std::string output;
+  encodeJSON(output);
+  return output;
+}
+
+void TimeBankArchive::encodeJSON(std::string& output) const {
+  const std::size_t originalSize = output.size();
+  output.reserve(originalSize + estimatedSize(*this));
+  try {
+    JsonWriter writer(output, {.prettyPrinted = true, .escapeSlashes = false, .sortedKeys = true});
+    writer.beginObject();
+    writeList(writer, "balanceAdjustments", balanceAdjustments, writeBalanceAdjustment);
+    writer.key("exportedAt");
+    writeInstant(writer, exportedAt);
+    writeList(writer, "schedules", schedules, writeSchedule);
+    writer.key("schemaVersion");
+    writer.integer(schemaVersion);
+    writeList(writer, "settings", settings, writeSettings);
+    writeList(writer, "workEntries", workEntries, writeWorkEntry);
+    writer.endObject();
+  } catch (...) {
+    output.resize(originalSize);
+    throw;
+  }
+}
+
+TimeBankArchive TimeBankArchive::decodeJSON(std::string_view json) {
+  TimeBankArchive archive = JsonReader::parse(json, readArchive);
+  archive.validate();
+  return archive;
+}
+
+void TimeBankArchive::validate() const {
+  using Case = TimeBankArchiveError::Case;
+  if (schemaVersion != currentSchemaVersion) throw TimeBankArchiveError::unsupportedSchema(schemaVersion);
+  if (workEntries.size() > maximumWorkEntryCount || balanceAdjustments.size() > maximumBalanceAdjustmentCount ||
+      schedules.size() > maximumScheduleCount || settings.size() > maximumSettingsCount) {
+    throw TimeBankArchiveError(Case::tooManyRecords);
+  }
+  const auto hasSevenWeekdays = [](const auto& record) { return record.weekdayMinutes.size() == 7; };
+  if (!std::all_of(schedules.begin(), schedules.end(), hasSevenWeekdays) ||
+      !std::all_of(settings.begin(), settings.end(), hasSevenWeekdays)) {
+    throw TimeBankArchiveError(Case::malformedSchedule);
+  }
+  if (!std::all_of(settings.begin(), settings.end(), [](const SettingsRecord& record) {
+        return !record.quickActionMinutes || record.quickActionMinutes->size() == 4;
+      })) {
+    throw TimeBankArchiveError(Case::malformedQuickActions);
+  }
+  if (hasDuplicateIdentifiers(workEntries) || hasDuplicateIdentifiers(balanceAdjustments) ||
+      hasDuplicateIdentifiers(schedules) || hasDuplicateIdentifiers(settings)) {
+    throw TimeBankArchiveError(Case::duplicateIdentifiers);
+  }
+}
+
+}  // namespace quillmont

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "core/TimeBankArchiveError.h"
 #include "platform/foundation/JsonReader.h"
@@ -323,13 +324,38 @@ Archive readArchive(value& root) {
 
 // Validation ---------------------------------------------------------------
 
+// Mixes all 128 bits into the top bits of a 64-bit word, which pick the
+// slot: identifiers that differ in any byte, sequential ones included, land
+// far apart.
+std::uint64_t mixedBits(const UUID& id) {
+  std::uint64_t high;
+  std::uint64_t low;
+  std::memcpy(&high, id.bytes.data(), 8);
+  std::memcpy(&low, id.bytes.data() + 8, 8);
+  std::uint64_t mixed = high * 0x9E3779B97F4A7C15 ^ low * 0xC2B2AE3D27D4EB4F;
+  mixed ^= mixed >> 32;
+  return mixed * 0xD6E8FEB86659FD93;
+}
+
+// One open-addressing table of record positions per list: linear in the
+// list, with no allocation per record.
 template <class Record>
 bool hasDuplicateIdentifiers(const std::vector<Record>& records) {
-  std::vector<UUID> ids;
-  ids.reserve(records.size());
-  for (const Record& record : records) ids.push_back(record.id);
-  std::sort(ids.begin(), ids.end());
-  return std::adjacent_find(ids.begin(), ids.end()) != ids.end();
+  if (records.size() < 2) return false;
+  int bits = 2;
+  while ((std::size_t{1} << bits) < 2 * records.size()) ++bits;
+  const std::size_t mask = (std::size_t{1} << bits) - 1;
+  std::vector<std::uint32_t> slots(mask + 1, 0);  // position + 1; 0 is empty
+  for (std::size_t position = 0; position < records.size(); ++position) {
+    const UUID& id = records[position].id;
+    std::size_t slot = static_cast<std::size_t>(mixedBits(id) >> (64 - bits));
+    while (slots[slot] != 0) {
+      if (records[slots[slot] - 1].id == id) return true;
+      slot = (slot + 1) & mask;
+    }
+    slots[slot] = static_cast<std::uint32_t>(position + 1);
+  }
+  return false;
 }
 
 }  // namespace
@@ -401,6 +427,12 @@ void TimeBankArchive::encodeJSON(std::string& output) const {
 
 TimeBankArchive TimeBankArchive::decodeJSON(std::string_view json) {
   TimeBankArchive archive = JsonReader::parse(json, readArchive);
+  archive.validate();
+  return archive;
+}
+
+TimeBankArchive TimeBankArchive::decodeJSON(const std::string& json) {
+  TimeBankArchive archive = JsonReader::parseInPlace(json, readArchive);
   archive.validate();
   return archive;
 }

@@ -117,6 +117,11 @@ struct TimeBankArchive {
   /// Decodes a document and validates it. Throws JsonDecodingError for text
   /// that is not such a document and TimeBankArchiveError when validate() fails.
   static TimeBankArchive decodeJSON(std::string_view json);
+  /// The same, reading `json` where it lies (no copy) when its capacity
+  /// leaves JsonReader::padding spare bytes after the text: reserve them
+  /// when reading a large file.
+  static TimeBankArchive decodeJSON(const std::string& json);
+  static TimeBankArchive decodeJSON(const char* json) { return decodeJSON(std::string_view(json)); }
 
   /// Checks, in this order, the format version, the size of each list, the
   /// seven weekdays of schedules and settings, the four quick actions where

@@ -124,7 +124,7 @@ TEST(TimeBankArchiveTest, AnEmptyStoreExportsFourEmptyLists) {
   const std::string json = archive.encodedJSON();
   EXPECT_EQ(json, std::string("{\n  \"balanceAdjustments\" : [],\n  \"exportedAt\" : ") + std::string(morning1970) +
                       ",\n  \"schedules\" : [],\n  \"schemaVersion\" : 1,\n  \"settings\" : [],\n  \"workEntries\" : []\n}");
-  EXPECT_EQ(Archive::decodeJSON(json), archive);
+  EXPECT_EQ(Archive::decodeJSON(std::string_view(json)), archive);
 }
 
 TEST(TimeBankArchiveTest, SortsByInstantThenIdentifierText) {

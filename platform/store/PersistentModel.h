@@ -5,6 +5,8 @@
 //
 // Records are owned through std::shared_ptr; a context hands out the same
 // object for the same stored row, so pointer equality is record identity.
+// A record belongs to the context that fetched or inserted it; that context
+// also notes here whether the record waits to be inserted or deleted.
 #pragma once
 
 #include <cstdint>
@@ -35,8 +37,11 @@ class PersistentModel {
 
  private:
   friend class ModelContext;
+  enum class Pending : std::uint8_t { nothing, insertion, deletion };
+
   PersistentIdentifier persistentIdentifier_ = 0;
   bool hasChanges_ = false;
+  Pending pending_ = Pending::nothing;
 };
 
 }  // namespace quillmont

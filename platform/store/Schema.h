@@ -1,12 +1,22 @@
 // Schema: the record types a store keeps, each by name with its persisted
-// attributes and their types, under a version. Built from the record
-// classes' own attribute lists, so the store never repeats a field list.
+// attributes, their types and defaults, under a version ("major.minor...",
+// dotted numbers). Built from the record classes' own attribute lists, so the
+// store never repeats a field list. An attribute's default is its value in a
+// record made for loading; a store that gains a column fills old rows with it.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
+
+#include "platform/foundation/Date.h"
+#include "platform/foundation/UUID.h"
+#include "platform/store/PersistentModel.h"
 
 #include "platform/store/Attribute.h"
 
@@ -14,9 +24,13 @@ namespace quillmont {
 
 enum class AttributeType { uuid, date, optionalDate, integer, text, boolean };
 
+/// A value of one attribute; the alternatives follow AttributeType's order.
+using AttributeValue = std::variant<UUID, Date, std::optional<Date>, std::int64_t, std::string, bool>;
+
 struct AttributeDescription {
   std::string name;
   AttributeType type;
+  AttributeValue defaultValue;
 };
 
 struct EntityDescription {
@@ -47,8 +61,16 @@ struct Schema {
   template <class Model>
   static EntityDescription describe() {
     EntityDescription entity{std::string(Model::entityName), {}};
+    const Model prototype{PersistentModel::ForLoading{}};
     for (const auto& attribute : Model::attributes()) {
-      entity.attributes.push_back({std::string(attribute.name), attributeType<Model>(attribute.member)});
+      AttributeValue defaultValue = std::visit(
+          [&](auto member) {
+            using Value = std::remove_cvref_t<decltype(prototype.*member)>;
+            return AttributeValue(std::in_place_type<Value>, prototype.*member);
+          },
+          attribute.member);
+      entity.attributes.push_back(
+          {std::string(attribute.name), attributeType<Model>(attribute.member), std::move(defaultValue)});
     }
     return entity;
   }

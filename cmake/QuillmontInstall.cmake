@@ -1,0 +1,38 @@
+# Installation: the libraries with their headers and a CMake package
+# (find_package(Quillmont) gives Quillmont::QuillmontKit), the entitlements
+# file that lets the command line and the widget share one store, and the
+# desktop integration files.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+# Binaries in the build tree find the entitlements beside them, as installed ones do.
+configure_file(${PROJECT_SOURCE_DIR}/share/entitlements.json ${PROJECT_BINARY_DIR}/share/quillmont/entitlements.json COPYONLY)
+
+install(TARGETS QuillmontPlatform QuillmontKit EXPORT QuillmontTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+foreach(dir platform/foundation platform/store core)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillmont/${dir}
+    FILES_MATCHING PATTERN "*.h" PATTERN "*Test*" EXCLUDE)
+endforeach()
+install(EXPORT QuillmontTargets NAMESPACE Quillmont:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Quillmont)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QuillmontConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/QuillmontConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Quillmont)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/QuillmontConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/QuillmontConfig.cmake ${PROJECT_BINARY_DIR}/QuillmontConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Quillmont)
+
+install(FILES ${PROJECT_SOURCE_DIR}/share/entitlements.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillmont)
+install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+if(EXISTS ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion)
+  install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
+endif()
+
+# The install works for a consumer: install into a scratch prefix and build a
+# small program against find_package(Quillmont).
+if(QUILLMONT_BUILD_TESTS AND NOT QUILLMONT_SANITIZE)
+  add_test(NAME install.ConsumerBuildsAgainstThePackage
+    COMMAND ${CMAKE_COMMAND} -DBINARY_DIR=${PROJECT_BINARY_DIR} -DSOURCE_DIR=${PROJECT_SOURCE_DIR}/cmake/consumer
+            -DWORK_DIR=${PROJECT_BINARY_DIR}/install-test -P ${PROJECT_SOURCE_DIR}/cmake/InstallTest.cmake)
+endif()

@@ -1,0 +1,70 @@
+#include "core/ManualLedgerMigration.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+#include "core/AppConstants.h"
+#include "core/DataStoreMaintenance.h"
+#include "core/TimeBankCalculator.h"
+#include "core/WorkEntry.h"
+#include "core/WorkSchedule.h"
+
+namespace quillmont::ManualLedgerMigration {
+namespace {
+
+constexpr std::int64_t balanceLimit = DataStoreMaintenance::maximumBalanceMinutes;
+
+std::int64_t clampedBalance(double minutes) {
+  if (std::isnan(minutes)) return 0;
+  return static_cast<std::int64_t>(std::clamp(minutes, static_cast<double>(-balanceLimit), static_cast<double>(balanceLimit)));
+}
+
+}  // namespace
+
+const UUID& adjustmentID() { return AppConstants::manualLedgerMigrationAdjustmentID(); }
+
+bool isCarryover(const BalanceAdjustment& adjustment) { return adjustment.id() == adjustmentID(); }
+
+bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar& calendar, Date now, bool saveChanges) {
+  const auto markers = context.fetch<BalanceAdjustment>({[](const BalanceAdjustment& adjustment) { return isCarryover(adjustment); }, {}});
+  if (!markers.empty()) {
+    std::shared_ptr<BalanceAdjustment> kept;
+    for (const auto& marker : markers) {
+      if (!kept || std::tuple(kept->modifiedAt(), kept->createdAt(), kept->id()) <
+                       std::tuple(marker->modifiedAt(), marker->createdAt(), marker->id())) {
+        kept = marker;
+      }
+    }
+    for (const auto& marker : markers) {
+      if (marker != kept) context.deleteRecord(marker);
+    }
+    const bool duplicates = markers.size() > 1;
+    if (saveChanges && duplicates) context.save();
+    return duplicates;
+  }
+  if (!settings.hasCompletedOnboarding()) return false;
+
+  const auto entries = context.fetch<WorkEntry>();
+  for (const auto& entry : entries) {
+    if (!entry->isRunning()) continue;
+    entry->setEndedAt(std::max(entry->startedAt(), now));
+    entry->setModifiedAt(now);
+  }
+  const auto schedules = context.fetch<WorkSchedule>();
+  const auto days = TimeBankCalculator::dayBalances(entries, {}, schedules, settings, now, calendar);
+  double earnedSeconds = 0;
+  for (const DayBalance& day : days) {
+    earnedSeconds += day.workedSeconds;
+    earnedSeconds -= day.expectedSeconds;
+  }
+  const std::int64_t earnedMinutes = clampedBalance(std::trunc(earnedSeconds / 60.0));
+  const double startingBalance = static_cast<double>(settings.startingBalanceMinutes());
+  settings.setStartingBalanceMinutes(clampedBalance(startingBalance + static_cast<double>(earnedMinutes)));
+  settings.setModifiedAt(now);
+  context.insert(std::make_shared<BalanceAdjustment>(adjustmentID(), now, 0, "", BalanceAdjustmentKind::manual, now, now));
+  if (saveChanges) context.save();
+  return true;
+}
+
+}  // namespace quillmont::ManualLedgerMigration

@@ -1,0 +1,346 @@
+#include "platform/store/ModelContainer.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <set>
+#include <utility>
+
+#include "platform/foundation/ContainerDirectories.h"
+#include "platform/store/SQLiteError.h"
+
+namespace quillmont {
+namespace {
+
+using Code = StoreError::Code;
+
+// Marks the file as ours in its header ("QUIL"); together with the version
+// row it tells our stores from other SQLite databases.
+constexpr std::int64_t applicationId = 0x5155494C;
+constexpr std::string_view keyColumn = "_pk";
+constexpr std::string_view metadataTable = "_metadata";
+constexpr int busyTimeoutMilliseconds = 10'000;
+
+std::string identifier(std::string_view name) {
+  std::string result = "\"";
+  for (const char c : name) {
+    result += c;
+    if (c == '"') result += '"';
+  }
+  return result + '"';
+}
+
+std::string textLiteral(std::string_view text) {
+  std::string result = "'";
+  for (const char c : text) {
+    result += c;
+    if (c == '\'') result += '\'';
+  }
+  return result + '\'';
+}
+
+std::string realLiteral(double value) {
+  char buffer[32];
+  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+  return std::string(buffer, end);
+}
+
+std::string literal(const AttributeValue& value) {
+  struct Visitor {
+    std::string operator()(const UUID& uuid) const {
+      static constexpr char digits[] = "0123456789ABCDEF";
+      std::string result = "X'";
+      for (const auto byte : uuid.bytes) {
+        result += digits[byte >> 4];
+        result += digits[byte & 0xF];
+      }
+      return result + '\'';
+    }
+    std::string operator()(Date date) const { return realLiteral(date.timeIntervalSinceReferenceDate); }
+    std::string operator()(const std::optional<Date>& date) const { return date ? (*this)(*date) : "NULL"; }
+    std::string operator()(std::int64_t integer) const { return std::to_string(integer); }
+    std::string operator()(const std::string& text) const { return textLiteral(text); }
+    std::string operator()(bool flag) const { return flag ? "1" : "0"; }
+  };
+  return std::visit(Visitor{}, value);
+}
+
+std::string columnDefinition(const AttributeDescription& attribute) {
+  static constexpr const char* sqlTypes[] = {"BLOB", "REAL", "REAL", "INTEGER", "TEXT", "INTEGER"};
+  std::string definition = identifier(attribute.name) + ' ' + sqlTypes[static_cast<int>(attribute.type)];
+  if (attribute.type != AttributeType::optionalDate) definition += " NOT NULL";
+  return definition + " DEFAULT " + literal(attribute.defaultValue);
+}
+
+std::string createTable(const EntityDescription& entity) {
+  // AUTOINCREMENT: a row key is never reused, so a context that still holds
+  // a record whose row another process deleted never mistakes a new row for it.
+  std::string sql = "CREATE TABLE " + identifier(entity.name) + " (" + identifier(keyColumn) +
+                    " INTEGER PRIMARY KEY AUTOINCREMENT";
+  for (const auto& attribute : entity.attributes) sql += ", " + columnDefinition(attribute);
+  return sql + ')';
+}
+
+/// "1.2.3" as {1, 2, 3}; nothing unless dotted decimal numbers.
+std::optional<std::vector<std::int64_t>> parseVersion(std::string_view text) {
+  std::vector<std::int64_t> parts;
+  while (true) {
+    std::int64_t part = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), part);
+    if (error != std::errc{} || part < 0) return std::nullopt;
+    parts.push_back(part);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (text.empty()) return parts;
+    if (text.front() != '.') return std::nullopt;
+    text.remove_prefix(1);
+  }
+}
+
+/// Negative, zero or positive as `a` is older than, equal to or newer than `b` ("1.0" == "1").
+int compareVersions(const std::vector<std::int64_t>& a, const std::vector<std::int64_t>& b) {
+  for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i) {
+    const std::int64_t left = i < a.size() ? a[i] : 0;
+    const std::int64_t right = i < b.size() ? b[i] : 0;
+    if (left != right) return left < right ? -1 : 1;
+  }
+  return 0;
+}
+
+void validate(const ModelConfiguration& configuration) {
+  const Schema& schema = configuration.schema;
+  if (!parseVersion(schema.version)) {
+    throw StoreError(Code::other, "schema version \"" + schema.version + "\" is not a dotted version number");
+  }
+  std::set<std::string_view> entityNames;
+  for (const auto& entity : schema.entities) {
+    if (entity.name.empty() || entity.name == metadataTable || entity.name.starts_with("sqlite_") ||
+        !entityNames.insert(entity.name).second) {
+      throw StoreError(Code::other, "record type name \"" + entity.name + "\" is empty, reserved or repeated");
+    }
+    std::set<std::string_view> attributeNames;
+    for (const auto& attribute : entity.attributes) {
+      if (attribute.name.empty() || attribute.name == keyColumn || !attributeNames.insert(attribute.name).second) {
+        throw StoreError(Code::other,
+                         entity.name + ": attribute name \"" + attribute.name + "\" is empty, reserved or repeated");
+      }
+    }
+  }
+  if (!configuration.isStoredInMemoryOnly && configuration.name.find('/') != std::string::npos) {
+    throw StoreError(Code::cannotOpen, "store name \"" + configuration.name + "\" contains a '/'");
+  }
+}
+
+/// Creates `folder` and any missing parents with mode 0700.
+void createFolder(const std::filesystem::path& folder) {
+  if (folder.empty()) return;
+  std::error_code error;
+  if (std::filesystem::is_directory(folder, error)) return;
+  if (folder.has_parent_path() && folder.parent_path() != folder) createFolder(folder.parent_path());
+  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+    throw StoreError(Code::cannotOpen, "creating " + folder.string() + ": " + std::strerror(errno));
+  }
+}
+
+std::set<std::string> columnsOf(const SQLiteDatabase& database, const std::string& table) {
+  SQLiteStatement statement = database.prepare("SELECT name FROM pragma_table_info(?1)");
+  statement.bind(1, table);
+  std::set<std::string> columns;
+  while (statement.step()) columns.insert(statement.columnText(0));
+  return columns;
+}
+
+/// What has to happen to the file for it to hold `schema`: nothing for an
+/// up-to-date store, the whole store for an empty file, the tables and
+/// columns added since for an older store of the same major version. Only
+/// reads; throws for a file that is not a store or that we must not change.
+std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Schema& schema, const std::string& label) {
+  // The first read of the file: one that is not a database fails here.
+  const std::int64_t objectCount = database.queryInt64("SELECT count(*) FROM sqlite_master");
+  const std::int64_t fileApplicationId = database.queryInt64("PRAGMA application_id");
+  std::vector<std::string> changes;
+
+  if (objectCount == 0 && fileApplicationId == 0) {
+    changes.push_back("PRAGMA application_id = " + std::to_string(applicationId));
+    changes.push_back("CREATE TABLE " + identifier(metadataTable) + " (key TEXT PRIMARY KEY, value TEXT NOT NULL)");
+    changes.push_back("INSERT INTO " + identifier(metadataTable) + " VALUES ('schemaVersion', " +
+                      textLiteral(schema.version) + ')');
+    for (const auto& entity : schema.entities) changes.push_back(createTable(entity));
+    return changes;
+  }
+
+  const auto notAStore = [&](const std::string& why) { return StoreError(Code::notAStore, label + " " + why); };
+  if (fileApplicationId != applicationId || columnsOf(database, std::string(metadataTable)).empty()) {
+    throw notAStore("is not a Quillmont store");
+  }
+  std::optional<std::vector<std::int64_t>> stored;
+  std::string storedText;
+  {
+    SQLiteStatement statement =
+        database.prepare("SELECT value FROM " + identifier(metadataTable) + " WHERE key = 'schemaVersion'");
+    if (statement.step()) {
+      storedText = statement.columnText(0);
+      stored = parseVersion(storedText);
+    }
+  }
+  if (!stored) throw notAStore("has no valid schema version");
+  const auto wanted = *parseVersion(schema.version);
+  const int order = compareVersions(*stored, wanted);
+  if (order > 0) {
+    throw StoreError(Code::newerVersion,
+                     label + " was written by a newer version (schema " + storedText + ", this program knows " +
+                         schema.version + ")");
+  }
+  if (stored->front() != wanted.front()) {
+    throw StoreError(Code::other,
+                     label + " has schema " + storedText + ", which this program cannot migrate to " + schema.version);
+  }
+
+  for (const auto& entity : schema.entities) {
+    const auto columns = columnsOf(database, entity.name);
+    if (columns.empty()) {
+      changes.push_back(createTable(entity));
+      continue;
+    }
+    if (!columns.contains(std::string(keyColumn))) throw notAStore("has a damaged table " + entity.name);
+    for (const auto& attribute : entity.attributes) {
+      if (!columns.contains(attribute.name)) {
+        changes.push_back("ALTER TABLE " + identifier(entity.name) + " ADD COLUMN " + columnDefinition(attribute));
+      }
+    }
+  }
+  if (order < 0) {
+    changes.push_back("UPDATE " + identifier(metadataTable) + " SET value = " + textLiteral(schema.version) +
+                      " WHERE key = 'schemaVersion'");
+  }
+  return changes;
+}
+
+std::string joined(const std::vector<std::string>& names, std::string_view separator) {
+  std::string result;
+  for (const auto& name : names) {
+    if (!result.empty()) result += separator;
+    result += identifier(name);
+  }
+  return result;
+}
+
+}  // namespace
+
+std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configuration) {
+  validate(configuration);
+  std::optional<std::filesystem::path> url;
+  SQLiteDatabase database;
+  if (configuration.isStoredInMemoryOnly) {
+    database = SQLiteDatabase::openInMemory();
+  } else {
+    const auto folder = configuration.groupContainer
+                            ? ContainerDirectories::groupContainer(*configuration.groupContainer)
+                            : ContainerDirectories::processContainer();
+    createFolder(folder);
+    url = folder / ((configuration.name.empty() ? std::string("default") : configuration.name) + ".store");
+    database = SQLiteDatabase::openFile(url->string());
+  }
+  sqlite3_busy_timeout(database.handle(), busyTimeoutMilliseconds);
+  const std::string label = url ? url->string() : std::string("the store in memory");
+
+  // Look before touching anything: a foreign or newer file stays as it is.
+  const bool needsChanges = !schemaChanges(database, configuration.schema, label).empty();
+  if (url) {
+    SQLiteStatement journalMode = database.prepare("PRAGMA journal_mode = WAL");
+    if (!journalMode.step() || journalMode.columnText(0) != "wal") {
+      throw StoreError(Code::cannotOpen, label + ": cannot use write-ahead logging here");
+    }
+    database.execute("PRAGMA synchronous = FULL");
+    // Reading through a memory map spares a read() call per page: a fresh
+    // context reads every page of a table, more than the page cache keeps.
+    database.execute("PRAGMA mmap_size = 268435456");
+  }
+  if (needsChanges) {
+    // Another process may be creating or upgrading the same file: decide
+    // again under the write lock, then apply everything in one transaction.
+    database.execute("BEGIN IMMEDIATE");
+    try {
+      for (const auto& change : schemaChanges(database, configuration.schema, label)) database.execute(change);
+      database.execute("COMMIT");
+    } catch (...) {
+      if (database.isInTransaction()) sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+      throw;
+    }
+  }
+  return std::shared_ptr<ModelContainer>(
+      new ModelContainer(std::move(configuration), std::move(url), std::move(database)));
+}
+
+ModelContainer::ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url,
+                               SQLiteDatabase database)
+    : configuration_(std::move(configuration)), url_(std::move(url)), database_(std::move(database)) {
+  entities_.resize(configuration_.schema.entities.size());
+  for (std::size_t i = 0; i < entities_.size(); ++i) entities_[i].description = &configuration_.schema.entities[i];
+}
+
+ModelContainer::~ModelContainer() = default;
+
+std::string ModelContainer::integrityCheck() {
+  try {
+    SQLiteStatement statement = database_.prepare("PRAGMA integrity_check");
+    std::string report;
+    while (statement.step()) {
+      if (!report.empty()) report += '\n';
+      report += statement.columnText(0);
+    }
+    return report;
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+}
+
+ModelContainer::EntityStore& ModelContainer::entityStore(std::string_view entityName) {
+  const auto found = std::find_if(entities_.begin(), entities_.end(),
+                                  [&](const EntityStore& store) { return store.description->name == entityName; });
+  if (found == entities_.end()) {
+    throw StoreError(Code::other, "the store's schema has no record type " + std::string(entityName));
+  }
+  EntityStore& store = *found;
+  if (!store.selectAll) {
+    const EntityDescription& entity = *store.description;
+    std::vector<std::string> names;
+    for (const auto& attribute : entity.attributes) names.push_back(attribute.name);
+    const std::string table = identifier(entity.name);
+    const std::string key = identifier(keyColumn);
+    std::string placeholders;
+    for (std::size_t i = 1; i <= names.size(); ++i) placeholders += (i > 1 ? ",?" : "?") + std::to_string(i);
+
+    store.selectAll = database_.prepare("SELECT " + key + (names.empty() ? "" : ", ") + joined(names, ", ") + " FROM " +
+                                        table + " ORDER BY " + key);
+    store.insert = names.empty() ? database_.prepare("INSERT INTO " + table + " DEFAULT VALUES")
+                                 : database_.prepare("INSERT INTO " + table + " (" + joined(names, ", ") +
+                                                     ") VALUES (" + placeholders + ")");
+    std::string assignments;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      assignments += (i > 0 ? ", " : "") + identifier(names[i]) + " = ?" + std::to_string(i + 1);
+    }
+    store.update = database_.prepare("UPDATE " + table + " SET " + (names.empty() ? key + " = " + key : assignments) +
+                                     " WHERE " + key + " = ?" + std::to_string(names.size() + 1));
+    store.remove = database_.prepare("DELETE FROM " + table + " WHERE " + key + " = ?1");
+  }
+  return store;
+}
+
+std::int64_t ModelContainer::dataVersion() {
+  if (!dataVersion_) dataVersion_ = database_.prepare("PRAGMA data_version");
+  SQLiteStatement::Scope scope(dataVersion_);
+  return dataVersion_.step() ? dataVersion_.columnInt64(0) : 0;
+}
+
+void ModelContainer::beginWriting() { database_.execute("BEGIN IMMEDIATE", Code::saveFailed); }
+
+void ModelContainer::commitWriting() { database_.execute("COMMIT", Code::saveFailed); }
+
+void ModelContainer::abandonWriting() noexcept {
+  if (database_.isInTransaction()) sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+}  // namespace quillmont

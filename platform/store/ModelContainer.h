@@ -1,0 +1,86 @@
+// ModelContainer: an open record store, one SQLite database (a file, or a
+// private database in memory) holding one table per record type of its
+// schema. Contexts (ModelContext) read and write records through it.
+//
+// The file is "<name>.store" in the application group's container when the
+// configuration names a group, else in the program's own container; the
+// folder is created (mode 0700) when missing. The file is kept in WAL mode
+// with full syncs, so a crash never loses a completed save nor keeps part of
+// one, and readers never wait for a writer. The schema version is kept in
+// the file: a newer version is refused, and a store of an older version of
+// the same major version gains the tables and columns added since (filled
+// with the attributes' defaults). A file that is not a store of this
+// program's kind is refused and never changed.
+//
+// A container and its contexts are used from one thread.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/store/ModelConfiguration.h"
+#include "platform/store/SQLiteDatabase.h"
+#include "platform/store/SQLiteStatement.h"
+
+namespace quillmont {
+
+class ModelContainer {
+ public:
+  /// Opens (creating when missing) the store `configuration` describes;
+  /// throws StoreError.
+  static std::shared_ptr<ModelContainer> open(ModelConfiguration configuration);
+
+  ~ModelContainer();
+  ModelContainer(const ModelContainer&) = delete;
+  ModelContainer& operator=(const ModelContainer&) = delete;
+
+  const ModelConfiguration& configuration() const { return configuration_; }
+  /// The store's file; nothing for a store in memory.
+  const std::optional<std::filesystem::path>& url() const { return url_; }
+
+  /// "ok", or the problems SQLite's integrity check found, one per line.
+  std::string integrityCheck();
+
+ private:
+  friend class ModelContext;
+
+  /// The connection's statements for one record type, prepared on first use.
+  struct EntityStore {
+    const EntityDescription* description = nullptr;
+    SQLiteStatement selectAll;  ///< row key, then the attributes in order, by row key
+    SQLiteStatement insert;     ///< the attributes as ?1...?n
+    SQLiteStatement update;     ///< the attributes as ?1...?n, the row key as ?n+1
+    SQLiteStatement remove;     ///< the row key as ?1
+    /// Saves through this container that changed the table. A connection's
+    /// own commits leave `PRAGMA data_version` alone, so contexts on this
+    /// container compare this count to notice each other's saves.
+    std::uint64_t commitCount = 0;
+  };
+
+  ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url, SQLiteDatabase database);
+
+  /// Throws StoreError(other) when the schema has no such record type.
+  EntityStore& entityStore(std::string_view entityName);
+  /// Changes whenever another connection commits to the file.
+  std::int64_t dataVersion();
+
+  /// Takes the write lock (waiting up to the busy timeout); throws
+  /// StoreError(busy or saveFailed).
+  void beginWriting();
+  void commitWriting();
+  /// Undoes an open write transaction; never throws.
+  void abandonWriting() noexcept;
+
+  ModelConfiguration configuration_;
+  std::optional<std::filesystem::path> url_;
+  SQLiteDatabase database_;
+  SQLiteStatement dataVersion_;
+  std::vector<EntityStore> entities_;  // one per schema entity, in schema order
+};
+
+}  // namespace quillmont

@@ -1,0 +1,190 @@
+#include "platform/store/ModelContainer.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <span>
+#include <string>
+
+#include "platform/store/ModelContext.h"
+
+namespace quillmont {
+namespace {
+
+// The first version of a record type...
+class Memo final : public PersistentModel {
+ public:
+  static constexpr std::string_view entityName = "Memo";
+  static std::span<const Attribute<Memo>> attributes() {
+    static const std::array<Attribute<Memo>, 2> list{{{"id", &Memo::id_}, {"text", &Memo::text_}}};
+    return list;
+  }
+  explicit Memo(ForLoading) {}
+  explicit Memo(std::string text) : id_(UUID::random()), text_(std::move(text)) {}
+  const std::string& text() const { return text_; }
+
+ private:
+  UUID id_;
+  std::string text_;
+};
+
+// ...and a later one with two more attributes, whose defaults fill old rows.
+class MemoWithRank final : public PersistentModel {
+ public:
+  static constexpr std::string_view entityName = "Memo";
+  static std::span<const Attribute<MemoWithRank>> attributes() {
+    static const std::array<Attribute<MemoWithRank>, 4> list{{{"id", &MemoWithRank::id_},
+                                                              {"text", &MemoWithRank::text_},
+                                                              {"rank", &MemoWithRank::rank_},
+                                                              {"label", &MemoWithRank::label_}}};
+    return list;
+  }
+  explicit MemoWithRank(ForLoading) {}
+  const std::string& text() const { return text_; }
+  std::int64_t rank() const { return rank_; }
+  const std::string& label() const { return label_; }
+
+ private:
+  UUID id_;
+  std::string text_;
+  std::int64_t rank_ = 7;
+  std::string label_{"it's new"};
+};
+
+class Label final : public PersistentModel {
+ public:
+  static constexpr std::string_view entityName = "Label";
+  static std::span<const Attribute<Label>> attributes() {
+    static const std::array<Attribute<Label>, 1> list{{{"pinned", &Label::pinned_}}};
+    return list;
+  }
+  Label() = default;
+  explicit Label(ForLoading) {}
+
+ private:
+  bool pinned_ = false;
+};
+
+class ModelContainerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillmont-container-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    home_ = pattern;
+    const char* previous = std::getenv("QUILLMONT_HOME");
+    if (previous != nullptr) previousHome_ = previous;
+    setenv("QUILLMONT_HOME", (home_ / "data").c_str(), 1);
+  }
+  void TearDown() override {
+    if (previousHome_) {
+      setenv("QUILLMONT_HOME", previousHome_->c_str(), 1);
+    } else {
+      unsetenv("QUILLMONT_HOME");
+    }
+    std::filesystem::remove_all(home_);
+  }
+
+  static ModelConfiguration configuration(Schema schema) {
+    return ModelConfiguration{"memos", std::move(schema), false, true, "group.memo", std::nullopt};
+  }
+  std::filesystem::path storePath() const { return home_ / "data" / "group.memo" / "memos.store"; }
+
+  static std::string contents(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+  void writeFile(const std::string& bytes) const {
+    std::filesystem::create_directories(storePath().parent_path());
+    std::ofstream(storePath(), std::ios::binary) << bytes;
+  }
+
+  /// Opening fails with `code` and leaves the file exactly as it was.
+  void expectRefused(const Schema& schema, StoreError::Code code) const {
+    const std::string before = contents(storePath());
+    try {
+      ModelContainer::open(configuration(schema));
+      ADD_FAILURE() << "opened";
+    } catch (const StoreError& error) {
+      EXPECT_EQ(error.code(), code) << error.what();
+    }
+    EXPECT_EQ(contents(storePath()), before);
+  }
+
+  std::filesystem::path home_;
+  std::optional<std::string> previousHome_;
+};
+
+TEST_F(ModelContainerTest, CreatesThePrivateFolderAndAWalStore) {
+  const auto container = ModelContainer::open(configuration(Schema::of<Memo>("1")));
+  EXPECT_EQ(container->url(), storePath());
+  struct stat info {};
+  ASSERT_EQ(::stat(storePath().parent_path().c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+  ASSERT_EQ(::stat((home_ / "data").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+  const std::string header = contents(storePath());
+  ASSERT_GE(header.size(), 100u);
+  EXPECT_EQ(header.substr(0, 16), std::string("SQLite format 3\0", 16));
+  EXPECT_EQ(header[18], 2);  // WAL
+  EXPECT_EQ(container->integrityCheck(), "ok");
+
+  // Without a group the program's own folder is used.
+  auto ownConfiguration = configuration(Schema::of<Memo>("1"));
+  ownConfiguration.groupContainer.reset();
+  EXPECT_EQ(ModelContainer::open(ownConfiguration)->url(), home_ / "data" / "platform_tests" / "memos.store");
+
+  auto memoryConfiguration = configuration(Schema::of<Memo>("1"));
+  memoryConfiguration.isStoredInMemoryOnly = true;
+  const auto inMemory = ModelContainer::open(memoryConfiguration);
+  EXPECT_FALSE(inMemory->url());
+  ModelContext context(inMemory);
+  context.insert(std::make_shared<Memo>("kept in memory"));
+  context.save();
+  EXPECT_EQ(context.fetch<Memo>().size(), 1u);
+}
+
+TEST_F(ModelContainerTest, RefusesFilesThatAreNotStoresAndLeavesThemAlone) {
+  writeFile("These are my notes, not a database.\n");
+  expectRefused(Schema::of<Memo>("1"), StoreError::Code::notAStore);
+
+  std::filesystem::remove(storePath());
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(storePath().c_str(), &database), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(database, "CREATE TABLE Memo (x); INSERT INTO Memo VALUES (1);", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+  expectRefused(Schema::of<Memo>("1"), StoreError::Code::notAStore);
+}
+
+TEST_F(ModelContainerTest, OlderVersionsGainNewColumnsAndTablesNewerOnesAreRefused) {
+  {
+    ModelContext context(ModelContainer::open(configuration(Schema::of<Memo>("1.2"))));
+    context.insert(std::make_shared<Memo>("old"));
+    context.save();
+  }
+  // Versions compare by number: 1.10 is newer than 1.2.
+  {
+    const auto upgraded = ModelContainer::open(configuration(Schema::of<MemoWithRank, Label>("1.10")));
+    ModelContext context(upgraded);
+    const auto memos = context.fetch<MemoWithRank>();
+    ASSERT_EQ(memos.size(), 1u);
+    EXPECT_EQ(memos[0]->text(), "old");
+    EXPECT_EQ(memos[0]->rank(), 7);
+    EXPECT_EQ(memos[0]->label(), "it's new");
+    context.insert(std::make_shared<Label>());
+    context.save();
+    EXPECT_EQ(context.fetch<Label>().size(), 1u);
+  }
+  expectRefused(Schema::of<Memo>("1.2"), StoreError::Code::newerVersion);
+  expectRefused(Schema::of<MemoWithRank, Label>("2"), StoreError::Code::other);  // needs a migration
+  EXPECT_EQ(ModelContainer::open(configuration(Schema::of<MemoWithRank, Label>("1.10.0")))->integrityCheck(), "ok");
+}
+
+}  // namespace
+}  // namespace quillmont

@@ -1,0 +1,61 @@
+#include "platform/store/ModelContext.h"
+
+#include <utility>
+
+namespace quillmont {
+
+using Code = StoreError::Code;
+
+ModelContext::ModelContext(std::shared_ptr<ModelContainer> container) : container_(std::move(container)) {
+  if (!container_) throw StoreError(Code::other, "a context needs a container");
+}
+
+ModelContext::~ModelContext() = default;
+
+bool ModelContext::Entity::isStale() {
+  if (!loaded || store.commitCount != loadedCommitCount) return true;
+  return owner.dataVersion() != loadedDataVersion;
+}
+
+bool ModelContext::hasChanges() const {
+  return std::any_of(entities_.begin(), entities_.end(), [](const auto& entity) { return entity->hasChanges(); });
+}
+
+void ModelContext::save() {
+  if (!hasChanges()) return;
+  if (!container_->configuration().allowsSave) {
+    throw StoreError(Code::saveFailed, "the store's configuration does not allow saving");
+  }
+  std::vector<Entity*> written;
+  try {
+    // BEGIN IMMEDIATE takes the write lock up front (waiting for other
+    // writers up to the busy timeout), so the transaction never has to
+    // upgrade a read lock, which is where two writers could deadlock.
+    container_->beginWriting();
+    for (const auto& entity : entities_) {
+      if (entity->write()) written.push_back(entity.get());
+    }
+    container_->commitWriting();
+  } catch (const StoreError& error) {
+    // Nothing in memory has changed yet: row keys and clean flags are only
+    // handed out below, after the commit.
+    container_->abandonWriting();
+    throw StoreError(error.code() == Code::busy ? Code::busy : Code::saveFailed, error.what());
+  } catch (...) {
+    container_->abandonWriting();
+    throw;
+  }
+  for (Entity* entity : written) {
+    // Our own commit: what this context holds is what the table holds now,
+    // unless another context had saved in between (then reload as usual).
+    const std::uint64_t before = entity->store.commitCount++;
+    if (entity->loadedCommitCount == before) entity->loadedCommitCount = entity->store.commitCount;
+    entity->didCommit();
+  }
+}
+
+void ModelContext::rollback() {
+  for (const auto& entity : entities_) entity->discardPending();
+}
+
+}  // namespace quillmont

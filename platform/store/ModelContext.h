@@ -1,0 +1,349 @@
+// ModelContext: a unit of work on one container. It hands out records,
+// keeps the ones inserted, changed or deleted since the last save, and
+// writes them all in one transaction on save(). Used from one thread.
+//
+// A record type is read from its table once and served from memory after
+// that, until the file changes: another connection's commit (SQLite's
+// data_version) or a save by another context on the same container (the
+// container's commit count). A reload keeps each row's object and refreshes
+// its values, except for records with unsaved changes. The same row always
+// yields the same object, so pointer equality is record identity.
+//
+// A record type used here offers `entityName`, `attributes()` and a
+// `Model(PersistentModel::ForLoading)` constructor, and is in the
+// container's schema.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "platform/store/FetchDescriptor.h"
+#include "platform/store/ModelContainer.h"
+#include "platform/store/PersistentModel.h"
+#include "platform/store/SQLiteStatement.h"
+#include "platform/store/Schema.h"
+#include "platform/store/StoreError.h"
+
+namespace quillmont {
+
+class ModelContext {
+ public:
+  explicit ModelContext(std::shared_ptr<ModelContainer> container);
+  ~ModelContext();
+  ModelContext(const ModelContext&) = delete;
+  ModelContext& operator=(const ModelContext&) = delete;
+
+  const std::shared_ptr<ModelContainer>& container() const { return container_; }
+
+  /// The records of one type, pending inserts included and pending
+  /// deletions left out, filtered and sorted (stably) as `descriptor` says.
+  /// Without sort keys: saved records by row, then pending inserts in the
+  /// order they were inserted. Throws StoreError when the table cannot be read.
+  template <class Model>
+  std::vector<std::shared_ptr<Model>> fetch(const FetchDescriptor<Model>& descriptor = {});
+
+  /// Adds a new record to be saved; a record already inserted or saved is
+  /// left alone, and inserting a record that waits for deletion keeps it.
+  template <class Model>
+  void insert(std::shared_ptr<Model> record);
+
+  /// Deletes a saved record on the next save; a record that was only
+  /// inserted is simply dropped.
+  template <class Model>
+  void deleteRecord(const std::shared_ptr<Model>& record);
+
+  /// Deletes every record of the type on the next save, pending inserts too.
+  template <class Model>
+  void deleteAll();
+
+  /// Whether anything was inserted, changed or deleted since the last save.
+  bool hasChanges() const;
+
+  /// Writes every pending change in one transaction. Does nothing (not even
+  /// touch the file) without changes. On failure the transaction is undone,
+  /// every pending change is kept as it was, and StoreError(busy or
+  /// saveFailed) is thrown.
+  void save();
+
+  /// Drops every pending change; changed records get their saved values
+  /// back on the next fetch.
+  void rollback();
+
+ private:
+  using Pending = PersistentModel::Pending;
+
+  /// What the context knows of one record type; the typed part is RecordTable.
+  class Entity {
+   public:
+    Entity(ModelContainer& container, ModelContainer::EntityStore& entityStore, const void* recordType)
+        : owner(container), store(entityStore), type(recordType) {}
+    virtual ~Entity() = default;
+    Entity(const Entity&) = delete;
+    Entity& operator=(const Entity&) = delete;
+
+    virtual bool hasChanges() const = 0;
+    /// Writes the pending work inside the open write transaction; whether it wrote anything.
+    virtual bool write() = 0;
+    /// After the transaction committed: inserted records get their row keys,
+    /// every record is clean again.
+    virtual void didCommit() = 0;
+    virtual void discardPending() = 0;
+
+    /// Whether the table has to be read (again) before a fetch.
+    bool isStale();
+
+    ModelContainer& owner;
+    ModelContainer::EntityStore& store;
+    const void* type;
+    bool loaded = false;
+    std::int64_t loadedDataVersion = 0;
+    std::uint64_t loadedCommitCount = 0;
+  };
+
+  template <class Model>
+  class RecordTable;
+
+  template <class Model>
+  RecordTable<Model>& table();
+
+  std::shared_ptr<ModelContainer> container_;
+  std::vector<std::unique_ptr<Entity>> entities_;
+};
+
+template <class Model>
+class ModelContext::RecordTable final : public Entity {
+ public:
+  using Record = std::shared_ptr<Model>;
+  using Entity::Entity;
+
+  ~RecordTable() override {
+    // Records may outlive the context: they no longer wait for anything.
+    for (const Record& record : inserted) state(*record).pending_ = Pending::nothing;
+    for (const Record& record : deleted) state(*record).pending_ = Pending::nothing;
+  }
+
+  static PersistentModel& state(PersistentModel& record) { return record; }
+  static const PersistentModel& state(const PersistentModel& record) { return record; }
+
+  void refresh() {
+    if (isStale()) reload();
+  }
+
+  /// Reads the whole table. Rows already held keep their objects; both
+  /// lists are in row-key order, so one merge pass matches them up.
+  void reload() {
+    const std::int64_t dataVersion = owner.dataVersion();
+    const std::uint64_t commitCount = store.commitCount;
+    SQLiteStatement& select = store.selectAll;
+    SQLiteStatement::Scope scope(select);
+    std::vector<Record> merged;
+    merged.reserve(rows.size());
+    std::size_t old = 0;
+    while (select.step()) {
+      const std::int64_t key = select.columnInt64(0);
+      while (old < rows.size() && state(*rows[old]).persistentIdentifier_ < key) ++old;  // gone from the table
+      if (old < rows.size() && state(*rows[old]).persistentIdentifier_ == key) {
+        const Record& record = rows[old++];
+        const PersistentModel& known = state(*record);
+        if (!known.hasChanges_ && known.pending_ == Pending::nothing) readAttributes(select, *record);
+        merged.push_back(record);
+      } else {
+        auto record = std::make_shared<Model>(PersistentModel::ForLoading{});
+        readAttributes(select, *record);
+        state(*record).persistentIdentifier_ = key;
+        merged.push_back(std::move(record));
+      }
+    }
+    rows = std::move(merged);
+    loaded = true;
+    loadedDataVersion = dataVersion;
+    loadedCommitCount = commitCount;
+  }
+
+  bool hasChanges() const override {
+    return !inserted.empty() || !deleted.empty() ||
+           std::any_of(rows.begin(), rows.end(), [](const Record& record) { return state(*record).hasChanges_; });
+  }
+
+  bool write() override {
+    bool wrote = false;
+    newKeys.clear();
+    newKeys.reserve(inserted.size());
+    for (const Record& record : inserted) {
+      SQLiteStatement::Scope scope(store.insert);
+      bindAttributes(store.insert, *record);
+      store.insert.step();
+      newKeys.push_back(owner.database_.lastInsertRowid());
+      wrote = true;
+    }
+    const int keyIndex = static_cast<int>(Model::attributes().size()) + 1;
+    for (const Record& record : rows) {
+      const PersistentModel& known = state(*record);
+      if (!known.hasChanges_ || known.pending_ != Pending::nothing) continue;
+      SQLiteStatement::Scope scope(store.update);
+      bindAttributes(store.update, *record);
+      store.update.bind(keyIndex, known.persistentIdentifier_);
+      store.update.step();
+      wrote = true;
+    }
+    for (const Record& record : deleted) {
+      SQLiteStatement::Scope scope(store.remove);
+      store.remove.bind(1, state(*record).persistentIdentifier_);
+      store.remove.step();
+      wrote = true;
+    }
+    return wrote;
+  }
+
+  void didCommit() override {
+    if (!deleted.empty()) {
+      for (const Record& record : deleted) {
+        PersistentModel& gone = state(*record);
+        gone.persistentIdentifier_ = 0;
+        gone.pending_ = Pending::nothing;
+        gone.hasChanges_ = false;
+      }
+      std::erase_if(rows, [](const Record& record) { return state(*record).persistentIdentifier_ == 0; });
+      deleted.clear();
+    }
+    for (const Record& record : rows) state(*record).hasChanges_ = false;
+    // Row keys only ever grow (AUTOINCREMENT), so appending keeps `rows` in key order.
+    rows.reserve(rows.size() + inserted.size());
+    for (std::size_t i = 0; i < inserted.size(); ++i) {
+      PersistentModel& saved = state(*inserted[i]);
+      saved.persistentIdentifier_ = newKeys[i];
+      saved.pending_ = Pending::nothing;
+      saved.hasChanges_ = false;
+      rows.push_back(std::move(inserted[i]));
+    }
+    inserted.clear();
+    newKeys.clear();
+  }
+
+  void discardPending() override {
+    for (const Record& record : inserted) state(*record).pending_ = Pending::nothing;
+    for (const Record& record : deleted) state(*record).pending_ = Pending::nothing;
+    for (const Record& record : rows) state(*record).hasChanges_ = false;
+    inserted.clear();
+    deleted.clear();
+    loaded = false;  // changed records get their saved values back
+  }
+
+  static void bindAttributes(SQLiteStatement& statement, const Model& record) {
+    int index = 1;
+    for (const auto& attribute : Model::attributes()) {
+      std::visit([&](auto member) { statement.bind(index, record.*member); }, attribute.member);
+      ++index;
+    }
+  }
+
+  static void readAttributes(const SQLiteStatement& statement, Model& record) {
+    int column = 1;  // column 0 is the row key
+    for (const auto& attribute : Model::attributes()) {
+      std::visit([&](auto member) { statement.read(column, record.*member); }, attribute.member);
+      ++column;
+    }
+  }
+
+  std::vector<Record> rows;      ///< saved records, by row key
+  std::vector<Record> inserted;  ///< pending inserts, in insertion order
+  std::vector<Record> deleted;   ///< saved records waiting for deletion
+  std::vector<std::int64_t> newKeys;  ///< row keys of this save's inserts, handed out after the commit
+};
+
+template <class Model>
+ModelContext::RecordTable<Model>& ModelContext::table() {
+  static constexpr char type = 0;  // one address per record type
+  for (const auto& entity : entities_) {
+    if (entity->type == &type) return static_cast<RecordTable<Model>&>(*entity);
+  }
+  ModelContainer::EntityStore& store = container_->entityStore(Model::entityName);
+  const auto attributes = Model::attributes();
+  const auto& described = store.description->attributes;
+  bool matches = attributes.size() == described.size();
+  for (std::size_t i = 0; matches && i < attributes.size(); ++i) {
+    matches = attributes[i].name == described[i].name &&
+              attributeType<Model>(attributes[i].member) == described[i].type;
+  }
+  if (!matches) {
+    throw StoreError(StoreError::Code::other,
+                     std::string(Model::entityName) + "'s attributes differ from the store's schema");
+  }
+  entities_.push_back(std::make_unique<RecordTable<Model>>(*container_, store, &type));
+  return static_cast<RecordTable<Model>&>(*entities_.back());
+}
+
+template <class Model>
+std::vector<std::shared_ptr<Model>> ModelContext::fetch(const FetchDescriptor<Model>& descriptor) {
+  RecordTable<Model>& records = table<Model>();
+  records.refresh();
+  std::vector<std::shared_ptr<Model>> result;
+  result.reserve(records.rows.size() + records.inserted.size());
+  const auto& predicate = descriptor.predicate;
+  for (const auto& record : records.rows) {
+    if (RecordTable<Model>::state(*record).pending_ == Pending::nothing && (!predicate || predicate(*record))) {
+      result.push_back(record);
+    }
+  }
+  for (const auto& record : records.inserted) {
+    if (!predicate || predicate(*record)) result.push_back(record);
+  }
+  if (!descriptor.sortBy.empty()) {
+    std::stable_sort(result.begin(), result.end(), [&](const auto& a, const auto& b) {
+      for (const auto& key : descriptor.sortBy) {
+        if (const int order = key.compare(*a, *b); order != 0) return order < 0;
+      }
+      return false;
+    });
+  }
+  return result;
+}
+
+template <class Model>
+void ModelContext::insert(std::shared_ptr<Model> record) {
+  if (!record) return;
+  RecordTable<Model>& records = table<Model>();
+  PersistentModel& known = RecordTable<Model>::state(*record);
+  if (known.pending_ == Pending::deletion) {
+    std::erase(records.deleted, record);
+    known.pending_ = Pending::nothing;
+  } else if (known.pending_ == Pending::nothing && known.persistentIdentifier_ == 0) {
+    known.pending_ = Pending::insertion;
+    records.inserted.push_back(std::move(record));
+  }
+}
+
+template <class Model>
+void ModelContext::deleteRecord(const std::shared_ptr<Model>& record) {
+  if (!record) return;
+  RecordTable<Model>& records = table<Model>();
+  PersistentModel& known = RecordTable<Model>::state(*record);
+  if (known.pending_ == Pending::insertion) {
+    known.pending_ = Pending::nothing;
+    std::erase(records.inserted, record);
+  } else if (known.pending_ == Pending::nothing && known.persistentIdentifier_ != 0) {
+    known.pending_ = Pending::deletion;
+    records.deleted.push_back(record);
+  }
+}
+
+template <class Model>
+void ModelContext::deleteAll() {
+  RecordTable<Model>& records = table<Model>();
+  records.refresh();
+  for (const auto& record : records.inserted) RecordTable<Model>::state(*record).pending_ = Pending::nothing;
+  records.inserted.clear();
+  for (const auto& record : records.rows) {
+    PersistentModel& known = RecordTable<Model>::state(*record);
+    if (known.pending_ != Pending::nothing) continue;
+    known.pending_ = Pending::deletion;
+    records.deleted.push_back(record);
+  }
+}
+
+}  // namespace quillmont

@@ -1,0 +1,51 @@
+#include "platform/store/SQLiteDatabase.h"
+
+#include <utility>
+
+#include "platform/store/SQLiteError.h"
+
+namespace quillmont {
+
+SQLiteDatabase SQLiteDatabase::open(const char* path, int flags) {
+  sqlite3* database = nullptr;
+  // One connection per container, used from one thread: no connection mutex.
+  const int result = sqlite3_open_v2(path, &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  SQLiteDatabase connection(database);  // closes the handle on failure too
+  if (result != SQLITE_OK) {
+    throw SQLiteError::make(database, result, StoreError::Code::cannotOpen, std::string("opening ") + path);
+  }
+  sqlite3_extended_result_codes(database, 1);
+  return connection;
+}
+
+SQLiteDatabase SQLiteDatabase::openFile(const std::string& path) {
+  return open(path.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+}
+
+SQLiteDatabase SQLiteDatabase::openInMemory() {
+  return open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY);
+}
+
+SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }
+
+SQLiteDatabase::SQLiteDatabase(SQLiteDatabase&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
+
+SQLiteDatabase& SQLiteDatabase::operator=(SQLiteDatabase&& other) noexcept {
+  std::swap(database_, other.database_);
+  return *this;
+}
+
+void SQLiteDatabase::execute(std::string_view sql, StoreError::Code code) {
+  const std::string text(sql);
+  char* message = nullptr;
+  const int result = sqlite3_exec(database_, text.c_str(), nullptr, nullptr, &message);
+  sqlite3_free(message);  // sqlite3_errmsg still holds the same text
+  if (result != SQLITE_OK) throw SQLiteError::make(database_, result, code, "SQLite");
+}
+
+std::int64_t SQLiteDatabase::queryInt64(std::string_view sql) const {
+  SQLiteStatement statement = prepare(sql);
+  return statement.step() ? statement.columnInt64(0) : 0;
+}
+
+}  // namespace quillmont

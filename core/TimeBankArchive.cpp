@@ -3,10 +3,23 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
+#include <unordered_map>
 
+#include "core/AdjustmentCategoryValidation.h"
+#include "core/AdjustmentKindConfiguration.h"
+#include "core/CustomAdjustmentCategoryConfiguration.h"
+#include "core/DataStoreMaintenance.h"
+#include "core/ManualLedgerMigration.h"
+#include "core/NoteValidation.h"
+#include "core/QuickActionConfiguration.h"
+#include "core/RecordTimestampValidation.h"
 #include "core/TimeBankArchiveError.h"
+#include "core/TimerSessionController.h"
+#include "platform/foundation/Calendar.h"
 #include "platform/foundation/JsonReader.h"
 #include "platform/foundation/JsonWriter.h"
+#include "platform/store/ModelContext.h"
 
 namespace quillmont {
 namespace {
@@ -358,6 +371,60 @@ bool hasDuplicateIdentifiers(const std::vector<Record>& records) {
   return false;
 }
 
+// Merging ------------------------------------------------------------------
+
+using RecordTimestampValidation::normalizedCreatedAt;
+using RecordTimestampValidation::normalizedModifiedAt;
+
+template <class Model>
+using IdentifierMap = std::unordered_map<UUID, std::shared_ptr<Model>>;
+
+// Brings the stored side into shape before matching: timestamps normalised
+// on every record (settings have no creation time), then one record per
+// identifier, the latest modified, the first fetched among equals; the
+// others are deleted. Returns the map of the survivors.
+template <class Model>
+IdentifierMap<Model> storedRecordsByIdentifier(ModelContext& context, const std::vector<std::shared_ptr<Model>>& records,
+                                               Date now) {
+  for (const auto& record : records) {
+    const Date modifiedAt = normalizedModifiedAt(record->modifiedAt(), now);
+    if constexpr (!std::is_same_v<Model, TimeBankSettings>) {
+      record->setCreatedAt(normalizedCreatedAt(record->createdAt(), modifiedAt));
+    }
+    record->setModifiedAt(modifiedAt);
+  }
+  IdentifierMap<Model> map;
+  map.reserve(records.size());
+  for (const auto& record : records) {
+    const auto [position, isNew] = map.try_emplace(record->id(), record);
+    if (!isNew && position->second->modifiedAt() < record->modifiedAt()) position->second = record;
+  }
+  if (map.size() != records.size()) {
+    for (const auto& record : records) {
+      if (map.find(record->id())->second != record) context.deleteRecord(record);
+    }
+  }
+  return map;
+}
+
+// Counts one archive record and applies it: inserted when the store lacks
+// its identifier, assigned when it was modified strictly later than the
+// stored record, else left aside.
+template <class Model, class Insert, class Update>
+void mergeRecord(ModelContext& context, const IdentifierMap<Model>& stored, const UUID& id, Date modifiedAt,
+                 TimeBankArchiveMergeResult& result, Insert insert, Update update) {
+  const auto match = stored.find(id);
+  if (match == stored.end()) {
+    context.insert(insert());
+    ++result.inserted;
+  } else if (match->second->modifiedAt() < modifiedAt) {
+    update(*match->second);
+    ++result.updated;
+  } else {
+    ++result.unchanged;
+  }
+}
+
 }  // namespace
 
 TimeBankArchive::TimeBankArchive(Date exportInstant, std::span<const std::shared_ptr<WorkEntry>> liveEntries,
@@ -458,6 +525,117 @@ void TimeBankArchive::validate() const {
       hasDuplicateIdentifiers(schedules) || hasDuplicateIdentifiers(settings)) {
     throw TimeBankArchiveError(Case::duplicateIdentifiers);
   }
+}
+
+TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date now) const {
+  validate();
+  const auto storedEntries = context.fetch<WorkEntry>();
+  const auto storedAdjustments = context.fetch<BalanceAdjustment>();
+  const auto storedSchedules = context.fetch<WorkSchedule>();
+  const auto storedSettings = context.fetch<TimeBankSettings>();
+  const auto entriesByID = storedRecordsByIdentifier(context, storedEntries, now);
+  const auto adjustmentsByID = storedRecordsByIdentifier(context, storedAdjustments, now);
+  const auto schedulesByID = storedRecordsByIdentifier(context, storedSchedules, now);
+  const auto settingsByID = storedRecordsByIdentifier(context, storedSettings, now);
+  const Date exportInstant = normalizedModifiedAt(exportedAt, now);
+
+  TimeBankArchiveMergeResult result;
+  for (const WorkEntryRecord& r : workEntries) {
+    // A running entry is closed at the export instant, never before its start.
+    const Date end = r.endedAt ? *r.endedAt : std::max(r.startedAt, exportInstant);
+    const std::int64_t breakMinutes = std::clamp<std::int64_t>(r.breakMinutes, 0, DataStoreMaintenance::maximumBreakMinutes);
+    std::string note = NoteValidation::normalized(r.note);
+    const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
+    const Date createdAt = normalizedCreatedAt(r.createdAt, modifiedAt);
+    mergeRecord(
+        context, entriesByID, r.id, modifiedAt, result,
+        [&] { return std::make_shared<WorkEntry>(r.id, r.startedAt, end, breakMinutes, note, createdAt, modifiedAt); },
+        [&](WorkEntry& entry) {
+          entry.setStartedAt(r.startedAt);
+          entry.setEndedAt(std::max(r.startedAt, end));  // an update never ends before its start
+          entry.setBreakMinutes(breakMinutes);
+          entry.setNote(std::move(note));
+          entry.setCreatedAt(createdAt);
+          entry.setModifiedAt(modifiedAt);
+        });
+  }
+  for (const BalanceAdjustmentRecord& r : balanceAdjustments) {
+    std::string kind = AdjustmentCategoryValidation::normalizedRawValue(r.kind);
+    const std::int64_t minutes = AdjustmentCategoryValidation::normalizedMinutes(r.minutes, kind);
+    std::string note = NoteValidation::normalized(r.note);
+    const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
+    const Date createdAt = normalizedCreatedAt(r.createdAt, modifiedAt);
+    mergeRecord(
+        context, adjustmentsByID, r.id, modifiedAt, result,
+        [&] {
+          auto adjustment = std::make_shared<BalanceAdjustment>(r.id, r.date, minutes, note, BalanceAdjustmentKind::manual,
+                                                                createdAt, modifiedAt);
+          adjustment->setKindRawValue(std::move(kind));
+          return adjustment;
+        },
+        [&](BalanceAdjustment& adjustment) {
+          adjustment.setDate(r.date);
+          adjustment.setMinutes(minutes);
+          adjustment.setNote(std::move(note));
+          adjustment.setKindRawValue(std::move(kind));
+          adjustment.setCreatedAt(createdAt);
+          adjustment.setModifiedAt(modifiedAt);
+        });
+  }
+  for (const ScheduleRecord& r : schedules) {
+    const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
+    const Date createdAt = normalizedCreatedAt(r.createdAt, modifiedAt);
+    mergeRecord(
+        context, schedulesByID, r.id, modifiedAt, result,
+        [&] { return std::make_shared<WorkSchedule>(r.id, r.effectiveFrom, r.weekdayMinutes, createdAt, modifiedAt); },
+        [&](WorkSchedule& schedule) {
+          schedule.setEffectiveFrom(r.effectiveFrom);
+          schedule.setWeekdayMinutes(r.weekdayMinutes);
+          schedule.setCreatedAt(createdAt);
+          schedule.setModifiedAt(modifiedAt);
+        });
+  }
+  for (const SettingsRecord& r : settings) {
+    const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
+    const std::int64_t startingBalance =
+        std::clamp<std::int64_t>(r.startingBalanceMinutes, -DataStoreMaintenance::maximumBalanceMinutes,
+                                 DataStoreMaintenance::maximumBalanceMinutes);
+    const std::span<const std::int64_t> quickActions =
+        r.quickActionMinutes ? std::span<const std::int64_t>(*r.quickActionMinutes)
+                             : std::span<const std::int64_t>(QuickActionConfiguration::defaultMinutes);
+    const std::string_view visibleKinds =
+        r.visibleAdjustmentKindsRawValue ? std::string_view(*r.visibleAdjustmentKindsRawValue)
+                                         : AdjustmentKindConfiguration::defaultRawValue;
+    const std::string_view customCategories =
+        r.customAdjustmentCategoriesRawValue ? std::string_view(*r.customAdjustmentCategoriesRawValue)
+                                             : CustomAdjustmentCategoryConfiguration::defaultRawValue;
+    mergeRecord(
+        context, settingsByID, r.id, modifiedAt, result,
+        [&] {
+          return std::make_shared<TimeBankSettings>(r.id, r.calculationStartDate, startingBalance, r.weekdayMinutes,
+                                                    quickActions, visibleKinds, customCategories,
+                                                    r.hasCompletedOnboarding, modifiedAt);
+        },
+        [&](TimeBankSettings& record) {
+          record.setCalculationStartDate(r.calculationStartDate);
+          record.setStartingBalanceMinutes(startingBalance);
+          record.setWeekdayMinutes(r.weekdayMinutes);
+          record.setQuickActionMinutes(quickActions);
+          record.setVisibleAdjustmentKindsRawValue(std::string(visibleKinds));
+          record.setCustomAdjustmentCategoriesRawValue(std::string(customCategories));
+          record.setHasCompletedOnboarding(r.hasCompletedOnboarding);
+          record.setModifiedAt(modifiedAt);
+        });
+  }
+
+  TimerSessionController::reconcileRunningEntries(context, now, false);
+  const Calendar calendar = Calendar::autoupdatingCurrent();
+  DataStoreMaintenance::reconcileActivity(context, now, false);
+  const std::shared_ptr<TimeBankSettings> reconciledSettings =
+      DataStoreMaintenance::reconcileConfiguration(context, calendar, now, false);
+  ManualLedgerMigration::reconcile(context, *reconciledSettings, calendar, now, false);
+  context.save();
+  return result;
 }
 
 }  // namespace quillmont

@@ -130,6 +130,18 @@ struct TimeBankArchive {
   /// checked: merge() normalises them.
   void validate() const;
 
+  /// Merges the archive into the store, last writer wins, and saves once.
+  /// Validates first (a failing archive leaves the store untouched); then
+  /// normalises the stored records' timestamps and deletes stored records
+  /// that repeat an identifier (keeping the latest modified); inserts
+  /// archive records the store lacks and assigns those modified strictly
+  /// later than their stored match, every value normalised on the way (a
+  /// running entry is closed at the export instant); then runs the timer,
+  /// activity, configuration and ledger reconciliations as of `now` with the
+  /// current calendar, and saves. Store errors pass through; what was done by
+  /// then stays unsaved in the context.
+  TimeBankArchiveMergeResult merge(ModelContext& context, Date now) const;
+
   friend bool operator==(const TimeBankArchive&, const TimeBankArchive&) = default;
 };
 

@@ -4,19 +4,37 @@
 // archive is the same on every run.
 //
 // BM_DecodeAndValidate and BM_Encode report the document's bytes per second.
+// The merges run on a SQLite store file under a temporary QUILLMONT_HOME and
+// include the save.
+//
+// BM_PeakMemoryOfDecodeAndMerge runs this program again as a fresh process
+// (`bench_archive --decode-and-merge FILE`) that reads the document into
+// memory, notes its peak resident size (getrusage ru_maxrss), decodes and
+// merges into an empty store file, and notes the peak again; the counters
+// are the growth of the peak over the document's size.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "core/QuillmontPersistence.h"
 #include "core/TimeBankArchive.h"
 #include "platform/foundation/JsonReader.h"
+#include "platform/store/ModelContext.h"
 
 namespace {
 
 using quillmont::Date;
+using quillmont::ModelContainer;
+using quillmont::ModelContext;
 using quillmont::TimeBankArchive;
 using quillmont::UUID;
 
@@ -160,6 +178,133 @@ void BM_Encode(benchmark::State& state) {
 }
 BENCHMARK(BM_Encode)->Unit(benchmark::kMillisecond);
 
+// Stores live under a temporary QUILLMONT_HOME, removed at the end.
+class TemporaryHome {
+ public:
+  TemporaryHome() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillmont-archive-bench-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) std::abort();
+    path_ = pattern;
+    setenv("QUILLMONT_HOME", path_.c_str(), 1);
+  }
+  ~TemporaryHome() { std::filesystem::remove_all(path_); }
+  TemporaryHome(const TemporaryHome&) = delete;
+  TemporaryHome& operator=(const TemporaryHome&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  /// Removes every store, so that the next open starts empty.
+  void clear() const {
+    for (const auto& item : std::filesystem::directory_iterator(path_)) std::filesystem::remove_all(item.path());
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::shared_ptr<ModelContainer> openStore() {
+  return quillmont::QuillmontPersistence::makeContainer(/*inMemory=*/false, /*cloudSync=*/false, /*useAppGroup=*/true);
+}
+
+Date mergeInstant(const TimeBankArchive& archive) { return archive.exportedAt + 3600; }
+
+void BM_MergeIntoEmptyStore(benchmark::State& state) {
+  const TimeBankArchive archive = TimeBankArchive::decodeJSON(maximalDocument());
+  const TemporaryHome home;
+  for (auto _ : state) {
+    state.PauseTiming();
+    home.clear();
+    auto context = std::make_unique<ModelContext>(openStore());
+    state.ResumeTiming();
+    const auto result = archive.merge(*context, mergeInstant(archive));
+    benchmark::DoNotOptimize(result);
+    state.PauseTiming();
+    context.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_MergeIntoEmptyStore)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+// The second import of the same archive, in a new process's context: the
+// store is loaded from its file, every record is matched and found as new
+// or newer, and the context is saved.
+void BM_MergeSameArchiveAgain(benchmark::State& state) {
+  const TimeBankArchive archive = TimeBankArchive::decodeJSON(maximalDocument());
+  const TemporaryHome home;
+  std::int64_t unchanged = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    home.clear();
+    {
+      ModelContext first(openStore());
+      archive.merge(first, mergeInstant(archive));
+    }
+    auto context = std::make_unique<ModelContext>(openStore());
+    state.ResumeTiming();
+    unchanged = archive.merge(*context, mergeInstant(archive)).unchanged;
+    state.PauseTiming();
+    context.reset();
+    state.ResumeTiming();
+  }
+  state.counters["unchanged"] = static_cast<double>(unchanged);
+}
+BENCHMARK(BM_MergeSameArchiveAgain)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+long peakResidentKilobytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+// The measuring process: prints the peak resident size in kilobytes after
+// reading the document, after decoding it and after merging it.
+int decodeAndMerge(const char* documentPath) {
+  std::ifstream file(documentPath, std::ios::binary);
+  const auto size = static_cast<std::size_t>(std::filesystem::file_size(documentPath));
+  std::string json;
+  json.reserve(size + quillmont::JsonReader::padding);
+  json.resize(size);
+  file.read(json.data(), static_cast<std::streamsize>(size));
+  const TemporaryHome home;
+  const long afterReading = peakResidentKilobytes();
+  const TimeBankArchive archive = TimeBankArchive::decodeJSON(json);
+  const long afterDecoding = peakResidentKilobytes();
+  ModelContext context(openStore());
+  archive.merge(context, mergeInstant(archive));
+  const long afterMerging = peakResidentKilobytes();
+  std::printf("%ld %ld %ld\n", afterReading, afterDecoding, afterMerging);
+  return 0;
+}
+
+void BM_PeakMemoryOfDecodeAndMerge(benchmark::State& state) {
+  const TemporaryHome home;
+  const std::filesystem::path document = home.path() / "archive.json";
+  std::ofstream(document, std::ios::binary) << maximalDocument();
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
+  long afterReading = 0;
+  long afterDecoding = 0;
+  long afterMerging = 0;
+  for (auto _ : state) {
+    FILE* output = popen(("'" + program + "' --decode-and-merge '" + document.string() + "'").c_str(), "r");
+    if (!output || std::fscanf(output, "%ld %ld %ld", &afterReading, &afterDecoding, &afterMerging) != 3) {
+      state.SkipWithError("the measuring process failed");
+    }
+    if (output) pclose(output);
+  }
+  const double documentKilobytes = static_cast<double>(maximalDocument().size()) / 1024;
+  state.counters["documentMB"] = documentKilobytes / 1024;
+  state.counters["decodePeakGrowthMB"] = static_cast<double>(afterDecoding - afterReading) / 1024;
+  state.counters["decodeAndMergePeakGrowthMB"] = static_cast<double>(afterMerging - afterReading) / 1024;
+  state.counters["growthPerDocumentByte"] = static_cast<double>(afterMerging - afterReading) / documentKilobytes;
+}
+BENCHMARK(BM_PeakMemoryOfDecodeAndMerge)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  if (argc == 3 && std::string_view(argv[1]) == "--decode-and-merge") return decodeAndMerge(argv[2]);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -13,14 +13,25 @@ using testing::ThrowsMessage;
 
 constexpr std::string_view lowerID = "6f9619ff-8b86-4011-b42d-00c04fc964ff";
 
-std::string element(std::string_view members) { return "{" + std::string(members) + "}"; }
+std::string concatenated(std::initializer_list<std::string_view> pieces) {
+  std::string text;
+  for (const std::string_view piece : pieces) text.append(piece);
+  return text;
+}
+
+// A file holding one object per element of `objects`, each given by its members.
+std::string file(std::initializer_list<std::string_view> objects) {
+  std::string text = "[";
+  for (const std::string_view members : objects) text.append(text.size() > 1 ? ",{" : "{").append(members).append("}");
+  return text.append("]");
+}
 
 TEST(LegacyPrototypeImportTest, ReadsEntriesInFileOrderAsWritten) {
   EXPECT_TRUE(LegacyPrototypeImport::decode(" [ ] ").empty());
-  const std::string id = "\"id\":\"" + std::string(lowerID) + "\"";
+  const std::string id = concatenated({R"("id":")", lowerID, "\""});
   const auto entries = LegacyPrototypeImport::decode(
-      "[" + element(id + R"(,"minutes":-90,"date":0,"note":"Arzt \/ Zahnarzt")") + "," +
-      element(R"("note":"","extra":[1,{"x":null}],"date":-978307200.5,"minutes":0,)" + id) + "]");
+      file({concatenated({id, R"(,"minutes":-90,"date":0,"note":"Arzt \/ Zahnarzt")"}),
+            concatenated({R"("note":"","extra":[1,{"x":null}],"date":-978307200.5,"minutes":0,)", id})}));
   ASSERT_EQ(entries.size(), 2u);  // the same identifier twice is returned twice
   EXPECT_EQ(entries[0], (LegacyBalanceEntry{*UUID::parse(lowerID), -90, Date(0), "Arzt / Zahnarzt"}));
   EXPECT_EQ(entries[1].date.timeIntervalSince1970(), -0.5);
@@ -34,17 +45,18 @@ TEST(LegacyPrototypeImportTest, ReadsEntriesInFileOrderAsWritten) {
 }
 
 TEST(LegacyPrototypeImportTest, AnyBadElementFailsTheWholeRead) {
-  const std::string valid = R"("id":"6F9619FF-8B86-4011-B42D-00C04FC964FF","minutes":5,"date":1)";
+  const std::string_view valid = R"("id":"6F9619FF-8B86-4011-B42D-00C04FC964FF","minutes":5,"date":1)";
+  const auto with = [valid](std::string_view more) { return file({concatenated({valid, R"(,"note":"")", more})}); };
   const std::pair<std::string, std::string_view> failures[] = {
       {"", "not valid JSON"},
       {"{}", "expected an array, found an object"},
-      {"[" + element(valid + R"(,"note":"")") + ",3]", "[1]: expected an object, found a number"},
-      {"[" + element(valid) + "]", R"([0]: missing key "note")"},
-      {"[" + element(valid + R"(,"note":"","minutes":"5")") + "]", "[0].minutes: expected an integer, found a string"},
-      {"[" + element(valid + R"(,"note":"","minutes":1.5)") + "]", "[0].minutes: expected an integer"},
-      {"[" + element(valid + R"(,"note":"","minutes":1e20)") + "]", "out of the 64-bit range"},
-      {"[" + element(valid + R"(,"note":"","date":"2024-01-01")") + "]", "[0].date: expected a number, found a string"},
-      {"[" + element(valid + R"(,"note":"","id":"6F9619FF8B864011B42D00C04FC964FF")") + "]", "[0].id: expected a UUID"}};
+      {concatenated({"[{", valid, R"(,"note":""},3])"}), "[1]: expected an object, found a number"},
+      {file({valid}), R"([0]: missing key "note")"},
+      {with(R"(,"minutes":"5")"), "[0].minutes: expected an integer, found a string"},
+      {with(R"(,"minutes":1.5)"), "[0].minutes: expected an integer"},
+      {with(R"(,"minutes":1e20)"), "out of the 64-bit range"},
+      {with(R"(,"date":"2024-01-01")"), "[0].date: expected a number, found a string"},
+      {with(R"(,"id":"6F9619FF8B864011B42D00C04FC964FF")"), "[0].id: expected a UUID"}};
   for (const auto& [json, message] : failures) {
     EXPECT_THAT([&] { LegacyPrototypeImport::decode(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
         << json;

@@ -151,7 +151,7 @@ void BM_DecodeAndValidate(benchmark::State& state) {
     benchmark::DoNotOptimize(archive);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * json.size()));
-  state.counters["documentMB"] = static_cast<double>(json.size()) / 1e6;
+  state.counters["documentMiB"] = static_cast<double>(json.size()) / (1024 * 1024);
 }
 BENCHMARK(BM_DecodeAndValidate)->Unit(benchmark::kMillisecond);
 
@@ -291,9 +291,9 @@ void BM_PeakMemoryOfDecodeAndMerge(benchmark::State& state) {
     if (output) pclose(output);
   }
   const double documentKilobytes = static_cast<double>(maximalDocument().size()) / 1024;
-  state.counters["documentMB"] = documentKilobytes / 1024;
-  state.counters["decodePeakGrowthMB"] = static_cast<double>(afterDecoding - afterReading) / 1024;
-  state.counters["decodeAndMergePeakGrowthMB"] = static_cast<double>(afterMerging - afterReading) / 1024;
+  state.counters["documentMiB"] = documentKilobytes / 1024;
+  state.counters["decodePeakGrowthMiB"] = static_cast<double>(afterDecoding - afterReading) / 1024;
+  state.counters["decodeAndMergePeakGrowthMiB"] = static_cast<double>(afterMerging - afterReading) / 1024;
   state.counters["growthPerDocumentByte"] = static_cast<double>(afterMerging - afterReading) / documentKilobytes;
 }
 BENCHMARK(BM_PeakMemoryOfDecodeAndMerge)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);

@@ -37,13 +37,13 @@ class BalanceAdjustment final : public PersistentModel {
   Date createdAt() const { return createdAt_; }
   Date modifiedAt() const { return modifiedAt_; }
 
-  void setId(UUID value) { id_ = value, didChange(); }
-  void setDate(Date value) { date_ = value, didChange(); }
-  void setMinutes(std::int64_t value) { minutes_ = value, didChange(); }
-  void setNote(std::string value) { note_ = std::move(value), didChange(); }
-  void setKindRawValue(std::string value) { kindRawValue_ = std::move(value), didChange(); }
-  void setCreatedAt(Date value) { createdAt_ = value, didChange(); }
-  void setModifiedAt(Date value) { modifiedAt_ = value, didChange(); }
+  void setId(UUID value) { assign(id_, value); }
+  void setDate(Date value) { assign(date_, value); }
+  void setMinutes(std::int64_t value) { assign(minutes_, value); }
+  void setNote(std::string value) { assign(note_, std::move(value)); }
+  void setKindRawValue(std::string value) { assign(kindRawValue_, std::move(value)); }
+  void setCreatedAt(Date value) { assign(createdAt_, value); }
+  void setModifiedAt(Date value) { assign(modifiedAt_, value); }
 
   /// The built-in kind named by `kindRawValue`; manual for anything else
   /// (custom categories included).

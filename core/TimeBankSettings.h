@@ -58,28 +58,28 @@ class TimeBankSettings final : public PersistentModel {
   std::int64_t quickActionThreeMinutes() const { return quickActionThreeMinutes_; }
   std::int64_t quickActionFourMinutes() const { return quickActionFourMinutes_; }
 
-  void setId(UUID value) { id_ = value, didChange(); }
-  void setCalculationStartDate(Date value) { calculationStartDate_ = value, didChange(); }
-  void setStartingBalanceMinutes(std::int64_t value) { startingBalanceMinutes_ = value, didChange(); }
-  void setVisibleAdjustmentKindsRawValue(std::string value) { visibleAdjustmentKindsRawValue_ = std::move(value), didChange(); }
-  void setCustomAdjustmentCategoriesRawValue(std::string value) { customAdjustmentCategoriesRawValue_ = std::move(value), didChange(); }
-  void setHasCompletedOnboarding(bool value) { hasCompletedOnboarding_ = value, didChange(); }
-  void setModifiedAt(Date value) { modifiedAt_ = value, didChange(); }
+  void setId(UUID value) { assign(id_, value); }
+  void setCalculationStartDate(Date value) { assign(calculationStartDate_, value); }
+  void setStartingBalanceMinutes(std::int64_t value) { assign(startingBalanceMinutes_, value); }
+  void setVisibleAdjustmentKindsRawValue(std::string value) { assign(visibleAdjustmentKindsRawValue_, std::move(value)); }
+  void setCustomAdjustmentCategoriesRawValue(std::string value) { assign(customAdjustmentCategoriesRawValue_, std::move(value)); }
+  void setHasCompletedOnboarding(bool value) { assign(hasCompletedOnboarding_, value); }
+  void setModifiedAt(Date value) { assign(modifiedAt_, value); }
   /// Clamps each value to 0...1440; missing elements become 0.
   void setWeekdayMinutes(std::span<const std::int64_t> minutes);
   /// Stores QuickActionConfiguration::normalized(minutes).
   void setQuickActionMinutes(std::span<const std::int64_t> minutes);
-  void setMondayMinutes(std::int64_t value) { mondayMinutes_ = value, didChange(); }
-  void setTuesdayMinutes(std::int64_t value) { tuesdayMinutes_ = value, didChange(); }
-  void setWednesdayMinutes(std::int64_t value) { wednesdayMinutes_ = value, didChange(); }
-  void setThursdayMinutes(std::int64_t value) { thursdayMinutes_ = value, didChange(); }
-  void setFridayMinutes(std::int64_t value) { fridayMinutes_ = value, didChange(); }
-  void setSaturdayMinutes(std::int64_t value) { saturdayMinutes_ = value, didChange(); }
-  void setSundayMinutes(std::int64_t value) { sundayMinutes_ = value, didChange(); }
-  void setQuickActionOneMinutes(std::int64_t value) { quickActionOneMinutes_ = value, didChange(); }
-  void setQuickActionTwoMinutes(std::int64_t value) { quickActionTwoMinutes_ = value, didChange(); }
-  void setQuickActionThreeMinutes(std::int64_t value) { quickActionThreeMinutes_ = value, didChange(); }
-  void setQuickActionFourMinutes(std::int64_t value) { quickActionFourMinutes_ = value, didChange(); }
+  void setMondayMinutes(std::int64_t value) { assign(mondayMinutes_, value); }
+  void setTuesdayMinutes(std::int64_t value) { assign(tuesdayMinutes_, value); }
+  void setWednesdayMinutes(std::int64_t value) { assign(wednesdayMinutes_, value); }
+  void setThursdayMinutes(std::int64_t value) { assign(thursdayMinutes_, value); }
+  void setFridayMinutes(std::int64_t value) { assign(fridayMinutes_, value); }
+  void setSaturdayMinutes(std::int64_t value) { assign(saturdayMinutes_, value); }
+  void setSundayMinutes(std::int64_t value) { assign(sundayMinutes_, value); }
+  void setQuickActionOneMinutes(std::int64_t value) { assign(quickActionOneMinutes_, value); }
+  void setQuickActionTwoMinutes(std::int64_t value) { assign(quickActionTwoMinutes_, value); }
+  void setQuickActionThreeMinutes(std::int64_t value) { assign(quickActionThreeMinutes_, value); }
+  void setQuickActionFourMinutes(std::int64_t value) { assign(quickActionFourMinutes_, value); }
 
   /// Minutes expected on the day of `date` by the settings' own weekdays, clamped to 0...1440.
   std::int64_t scheduledMinutes(Date date, const Calendar& calendar) const;

@@ -36,13 +36,13 @@ class WorkEntry final : public PersistentModel {
   Date createdAt() const { return createdAt_; }
   Date modifiedAt() const { return modifiedAt_; }
 
-  void setId(UUID value) { id_ = value, didChange(); }
-  void setStartedAt(Date value) { startedAt_ = value, didChange(); }
-  void setEndedAt(std::optional<Date> value) { endedAt_ = value, didChange(); }
-  void setBreakMinutes(std::int64_t value) { breakMinutes_ = value, didChange(); }
-  void setNote(std::string value) { note_ = std::move(value), didChange(); }
-  void setCreatedAt(Date value) { createdAt_ = value, didChange(); }
-  void setModifiedAt(Date value) { modifiedAt_ = value, didChange(); }
+  void setId(UUID value) { assign(id_, value); }
+  void setStartedAt(Date value) { assign(startedAt_, value); }
+  void setEndedAt(std::optional<Date> value) { assign(endedAt_, value); }
+  void setBreakMinutes(std::int64_t value) { assign(breakMinutes_, value); }
+  void setNote(std::string value) { assign(note_, std::move(value)); }
+  void setCreatedAt(Date value) { assign(createdAt_, value); }
+  void setModifiedAt(Date value) { assign(modifiedAt_, value); }
 
   bool isRunning() const { return !endedAt_.has_value(); }
   /// Seconds from start to end (or `asOf` while running) less the break

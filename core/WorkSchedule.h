@@ -41,19 +41,19 @@ class WorkSchedule final : public PersistentModel {
   std::int64_t saturdayMinutes() const { return saturdayMinutes_; }
   std::int64_t sundayMinutes() const { return sundayMinutes_; }
 
-  void setId(UUID value) { id_ = value, didChange(); }
-  void setEffectiveFrom(Date value) { effectiveFrom_ = value, didChange(); }
-  void setCreatedAt(Date value) { createdAt_ = value, didChange(); }
-  void setModifiedAt(Date value) { modifiedAt_ = value, didChange(); }
+  void setId(UUID value) { assign(id_, value); }
+  void setEffectiveFrom(Date value) { assign(effectiveFrom_, value); }
+  void setCreatedAt(Date value) { assign(createdAt_, value); }
+  void setModifiedAt(Date value) { assign(modifiedAt_, value); }
   /// Clamps each value to 0...1440; missing elements become 0.
   void setWeekdayMinutes(std::span<const std::int64_t> minutes);
-  void setMondayMinutes(std::int64_t value) { mondayMinutes_ = value, didChange(); }
-  void setTuesdayMinutes(std::int64_t value) { tuesdayMinutes_ = value, didChange(); }
-  void setWednesdayMinutes(std::int64_t value) { wednesdayMinutes_ = value, didChange(); }
-  void setThursdayMinutes(std::int64_t value) { thursdayMinutes_ = value, didChange(); }
-  void setFridayMinutes(std::int64_t value) { fridayMinutes_ = value, didChange(); }
-  void setSaturdayMinutes(std::int64_t value) { saturdayMinutes_ = value, didChange(); }
-  void setSundayMinutes(std::int64_t value) { sundayMinutes_ = value, didChange(); }
+  void setMondayMinutes(std::int64_t value) { assign(mondayMinutes_, value); }
+  void setTuesdayMinutes(std::int64_t value) { assign(tuesdayMinutes_, value); }
+  void setWednesdayMinutes(std::int64_t value) { assign(wednesdayMinutes_, value); }
+  void setThursdayMinutes(std::int64_t value) { assign(thursdayMinutes_, value); }
+  void setFridayMinutes(std::int64_t value) { assign(fridayMinutes_, value); }
+  void setSaturdayMinutes(std::int64_t value) { assign(saturdayMinutes_, value); }
+  void setSundayMinutes(std::int64_t value) { assign(sundayMinutes_, value); }
 
   /// Minutes expected on the day of `date` in `calendar`, clamped to 0...1440.
   std::int64_t scheduledMinutes(Date date, const Calendar& calendar) const;

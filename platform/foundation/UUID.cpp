@@ -2,18 +2,25 @@
 
 #include <uuid/uuid.h>
 
+#include <array>
 #include <cstring>
 
 namespace quillmont {
 namespace {
 
-// Value of a hexadecimal digit, or -1.
-constexpr int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
+// Value of each byte as a hexadecimal digit, or -1.
+constexpr std::array<std::int8_t, 256> hexValues = [] {
+  std::array<std::int8_t, 256> table{};
+  table.fill(-1);
+  for (int i = 0; i < 10; ++i) table['0' + i] = static_cast<std::int8_t>(i);
+  for (int i = 0; i < 6; ++i) {
+    table['a' + i] = static_cast<std::int8_t>(10 + i);
+    table['A' + i] = static_cast<std::int8_t>(10 + i);
+  }
+  return table;
+}();
+
+constexpr int hexValue(char c) { return hexValues[static_cast<unsigned char>(c)]; }
 
 }  // namespace
 

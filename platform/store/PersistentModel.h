@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 namespace quillmont {
 
@@ -34,6 +35,13 @@ class PersistentModel {
   ~PersistentModel() = default;
 
   void didChange() { hasChanges_ = true; }
+  /// Stores `value` in `field`, marking the record changed only when the value differs.
+  template <class Field, class Value>
+  void assign(Field& field, Value&& value) {
+    if (field == value) return;
+    field = std::forward<Value>(value);
+    didChange();
+  }
 
  private:
   friend class ModelContext;

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/ArchiveCommands.h"
 #include "cli/BookingCommands.h"
 #include "cli/CommandSet.h"
 #include "cli/HousekeepingCommands.h"
@@ -41,6 +42,7 @@ void installCommands(CommandSet& commands) {
   WorkCommands::install(commands);
   ReportCommands::install(commands);
   SettingsCommands::install(commands);
+  ArchiveCommands::install(commands);
   OpenCommand::install(commands);
   HousekeepingCommands::install(commands);
 }

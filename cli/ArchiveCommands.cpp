@@ -84,11 +84,11 @@ void printResult(const TimeBankArchiveMergeResult& result, bool dryRun) {
   if (dryRun) {
     Terminal::print("Dry run, nothing saved: would insert " + std::to_string(result.inserted) + ", update " +
                     std::to_string(result.updated) + " and leave " + std::to_string(result.unchanged) +
-                    " unchanged (" + std::to_string(result.total()) + " records).");
+                    " unchanged (" + counted(static_cast<std::size_t>(result.total()), "record", "records") + ").");
   } else {
     Terminal::print("Inserted " + std::to_string(result.inserted) + ", updated " + std::to_string(result.updated) +
-                    ", unchanged " + std::to_string(result.unchanged) + " (" + std::to_string(result.total()) +
-                    " records).");
+                    ", unchanged " + std::to_string(result.unchanged) + " (" +
+                    counted(static_cast<std::size_t>(result.total()), "record", "records") + ").");
   }
 }
 

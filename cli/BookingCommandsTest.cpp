@@ -1,0 +1,132 @@
+// Black-box tests of set-up, bookings and categories.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "cli/testing/CommandRunner.h"
+#include "cli/testing/StoreProbe.h"
+#include "core/BalanceAdjustment.h"
+#include "core/CustomAdjustmentCategory.h"
+#include "core/TimeBankSettings.h"
+
+namespace quillmont {
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using testing::CommandRunner;
+using testing::StoreProbe;
+
+TEST(BookingCommands, SetupStoresTheChosenSettings) {
+  CommandRunner quillmont;
+  const auto setup = quillmont.run({"setup", "--start", "2025-01-06", "--balance", "12:30", "--week",
+                                    "8h,8h,8h,8h,6h,0,0", "--quick", "10,45,1h30m,4h"});
+  ASSERT_EQ(setup.exitCode, 0) << setup.err;
+  EXPECT_THAT(setup.err, HasSubstr("Set-up complete."));
+  EXPECT_THAT(setup.out, HasSubstr("Calculation start   2025-01-06"));
+  EXPECT_THAT(setup.out, HasSubstr("8:00  8:00  8:00  8:00  6:00  0:00  0:00"));
+  EXPECT_THAT(setup.out, HasSubstr("10 min, 45 min, 1 hr 30 min, 4 hrs"));
+
+  StoreProbe store(quillmont);
+  const auto settings = store.context().fetch<TimeBankSettings>();
+  ASSERT_EQ(settings.size(), 1u);
+  EXPECT_TRUE(settings[0]->hasCompletedOnboarding());
+  EXPECT_EQ(settings[0]->weekdayMinutes(), (WeekdayMinutes{480, 480, 480, 480, 360, 0, 0}));
+  EXPECT_EQ(settings[0]->quickActionMinutes(), (TimeBankSettings::QuickActionMinutes{10, 45, 90, 240}));
+  // Set-up switched the store to the manual ledger: the start is 12:30 plus
+  // what the weeks since 2025-01-06 earned, and the marker booking exists.
+  EXPECT_NE(settings[0]->startingBalanceMinutes(), 750);
+  EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 1u);
+  EXPECT_THAT(quillmont.run({}).out, Not(HasSubstr("setup")));
+}
+
+TEST(BookingCommands, RefusalsPrintTheSystemsMessageAndStoreNothing) {
+  CommandRunner quillmont;
+  for (const std::string amount : {"0", "-0:00", "0h"}) {
+    const auto zero = quillmont.run({"book", amount, "--note", "nothing"});
+    EXPECT_EQ(zero.exitCode, 1);
+    EXPECT_THAT(zero.err, HasSubstr("Choose an amount of time first."));
+  }
+  for (const std::string amount : {"1441", "-1441", "24:01", "-25h"}) {
+    const auto large = quillmont.run({"book", amount});
+    EXPECT_EQ(large.exitCode, 1);
+    EXPECT_THAT(large.err, HasSubstr("A single transaction can't exceed 24 hours."));
+  }
+  // A category keeps its amounts on its side of zero: the wrong sign is refused too.
+  const auto wrongSign = quillmont.run({"book", "30", "--category", "appointment"});
+  EXPECT_EQ(wrongSign.exitCode, 1);
+  EXPECT_THAT(wrongSign.err, HasSubstr("takes time"));
+  EXPECT_EQ(quillmont.run({"book", "-30", "--category", "Sick leave"}).exitCode, 1);
+
+  StoreProbe store(quillmont);
+  EXPECT_THAT(store.context().fetch<BalanceAdjustment>(), IsEmpty());
+
+  for (const std::string amount : {"1440", "-24:00"}) {
+    EXPECT_EQ(quillmont.run({"book", amount}).exitCode, 0) << amount;
+  }
+  EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 2u);
+}
+
+TEST(BookingCommands, BookListAndDeleteByIdentifierPrefix) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"category", "add", "  Gym   visits "}).exitCode, 0);
+  const auto booked = quillmont.run({"book", "-1h30m", "-c", "gym visits", "-n", "  leg day  ", "-d", "2026-03-02"});
+  ASSERT_EQ(booked.exitCode, 0) << booked.err;
+  EXPECT_THAT(booked.err, HasSubstr("Booked \u22121:30 as Gym visits on 2026-03-02 12:00"));
+  ASSERT_EQ(quillmont.run({"book", "2h", "--category", "holiday", "--day", "2026-03-03"}).exitCode, 0);
+
+  StoreProbe store(quillmont);
+  auto adjustments = store.context().fetch<BalanceAdjustment>();
+  ASSERT_EQ(adjustments.size(), 2u);
+  EXPECT_EQ(adjustments[0]->minutes(), -90);
+  EXPECT_EQ(adjustments[0]->kindRawValue(), CustomAdjustmentCategory::fromTitle("Gym visits")->rawValue());
+  EXPECT_EQ(adjustments[0]->note(), "leg day");
+  EXPECT_EQ(adjustments[1]->kindRawValue(), "holiday");
+
+  const auto list = quillmont.run({"bookings", "list", "--from", "2026-03-01", "--to", "2026-03-31"});
+  EXPECT_THAT(list.out, ContainsRegex("2026-03-02 12:00 +\u22121:30 +Gym visits +leg day"));
+  EXPECT_THAT(list.out, HasSubstr("2 bookings"));
+  EXPECT_THAT(quillmont.run({"bookings", "list", "--from", "2026-03-03", "--to", "2026-03-03"}).out,
+              Not(HasSubstr("Gym")));
+
+  const std::string prefix = adjustments[0]->id().uuidString().substr(0, 6);
+  const auto removed = quillmont.run({"bookings", "delete", prefix});
+  EXPECT_EQ(removed.exitCode, 0) << removed.err;
+  EXPECT_EQ(quillmont.run({"bookings", "delete", prefix}).exitCode, 1);  // gone now
+  adjustments = store.context().fetch<BalanceAdjustment>();
+  ASSERT_EQ(adjustments.size(), 1u);
+  EXPECT_EQ(adjustments[0]->kindRawValue(), "holiday");
+}
+
+TEST(BookingCommands, CategoriesAreUniqueIgnoringCaseAndAtMostTwenty) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"category", "add", "Doctor"}).exitCode, 0);
+  const auto again = quillmont.run({"category", "add", "DOCTOR"});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_THAT(again.err, HasSubstr("exists already"));
+  for (int i = 2; i <= 20; ++i) ASSERT_EQ(quillmont.run({"category", "add", "C" + std::to_string(i)}).exitCode, 0);
+  const auto tooMany = quillmont.run({"category", "add", "One more"});
+  EXPECT_EQ(tooMany.exitCode, 1);
+  EXPECT_THAT(tooMany.err, HasSubstr("at most 20"));
+
+  ASSERT_EQ(quillmont.run({"book", "-15", "-c", "doctor"}).exitCode, 0);
+  const auto renamed = quillmont.run({"category", "rename", "doctor", "Dentist"});
+  EXPECT_EQ(renamed.exitCode, 0) << renamed.err;
+  EXPECT_THAT(renamed.err, HasSubstr("1 booking moved"));
+  EXPECT_EQ(quillmont.run({"category", "rename", "C2", "dentist"}).exitCode, 1);
+  EXPECT_THAT(quillmont.run({"bookings", "list"}).out, HasSubstr("Dentist"));
+  ASSERT_EQ(quillmont.run({"category", "remove", "c20"}).exitCode, 0);
+  EXPECT_EQ(quillmont.run({"category", "remove", "c20"}).exitCode, 1);
+  const auto list = quillmont.run({"category", "list"});
+  EXPECT_THAT(list.out, HasSubstr("Dentist\nC2\n"));
+  EXPECT_THAT(list.out, Not(HasSubstr("C20")));
+
+  ASSERT_EQ(quillmont.run({"kinds", "appointment", "Long lunch"}).exitCode, 0);
+  EXPECT_THAT(quillmont.run({"settings"}).out, HasSubstr("Offered kinds       Appointment, Long lunch"));
+  ASSERT_EQ(quillmont.run({"kinds", "--none"}).exitCode, 0);
+  EXPECT_THAT(quillmont.run({"kinds"}).out, Not(HasSubstr("yes")));
+}
+
+}  // namespace
+}  // namespace quillmont

@@ -1,0 +1,58 @@
+#include "cli/CommandInput.h"
+
+#include "cli/DurationInput.h"
+#include "cli/UsageError.h"
+#include "platform/foundation/Text.h"
+
+namespace quillmont::CommandInput {
+namespace {
+
+std::string quoted(std::string_view text) {
+  std::string result(1, '\'');
+  result += text;
+  result += '\'';
+  return result;
+}
+
+}  // namespace
+
+const std::string& text(const std::string& text, std::string_view option) {
+  if (!Text::isValidUTF8(text)) throw UsageError(std::string(option) + ": the text is not valid UTF-8");
+  return text;
+}
+
+std::int64_t minutes(std::string_view text, std::string_view option) {
+  if (const auto value = DurationInput::minutes(text)) return *value;
+  throw UsageError(std::string(option) + ": " + quoted(text) +
+                   " is not a duration (try 90, -45, 1:30, -0:45, 1h30m, -2h or 45m)");
+}
+
+std::vector<std::int64_t> minutesList(std::string_view text, std::string_view option, std::size_t count) {
+  const auto values = DurationInput::minutesList(text);
+  if (!values || values->size() != count) {
+    throw UsageError(std::string(option) + ": " + quoted(text) + " is not a list of " + std::to_string(count) +
+                     " durations separated by commas");
+  }
+  return *values;
+}
+
+DateInput::Day day(std::string_view text, const DateInput::Day& today, std::string_view option) {
+  if (const auto value = DateInput::day(text, today)) return *value;
+  throw UsageError(std::string(option) + ": " + quoted(text) + " is not a day (try YYYY-MM-DD, today or yesterday)");
+}
+
+Date dateTime(std::string_view text, const DateInput::Day& today, const Calendar& calendar, std::string_view option) {
+  if (const auto value = DateInput::dateTime(text, today)) return DateInput::instant(*value, calendar);
+  throw UsageError(std::string(option) + ": " + quoted(text) +
+                   " is not a time (try \"YYYY-MM-DD HH:MM\" or HH:MM for today)");
+}
+
+DateInterval days(const std::string& from, const std::string& to, const DateInput::Day& defaultFrom,
+                  const DateInput::Day& defaultTo, const DateInput::Day& today, const Calendar& calendar) {
+  const DateInput::Day first = from.empty() ? defaultFrom : day(from, today, "--from");
+  const DateInput::Day last = to.empty() ? defaultTo : day(to, today, "--to");
+  if (last < first) throw UsageError("--to: the last day comes before the first (--from)");
+  return DateInterval::between(DateInput::startOfDay(first, calendar), DateInput::endOfDay(last, calendar));
+}
+
+}  // namespace quillmont::CommandInput

@@ -1,0 +1,113 @@
+#include "cli/CommandLine.h"
+
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/BookingCommands.h"
+#include "cli/CommandSet.h"
+#include "cli/HousekeepingCommands.h"
+#include "cli/OpenCommand.h"
+#include "cli/OverviewCommand.h"
+#include "cli/ReportCommands.h"
+#include "cli/SettingsCommands.h"
+#include "cli/Terminal.h"
+#include "cli/UsageError.h"
+#include "cli/WorkCommands.h"
+
+#ifndef QUILLMONT_VERSION
+#define QUILLMONT_VERSION "unknown"
+#endif
+
+namespace quillmont::CommandLine {
+namespace {
+
+constexpr const char* footer = R"(Durations: 90, -45, 1:30, -0:45, 1h30m, -2h, 45m.
+Days: YYYY-MM-DD, today, yesterday. Times: "YYYY-MM-DD HH:MM" or HH:MM (today).
+
+Environment:
+  QUILLMONT_HOME   folder for Quillmont's data instead of $XDG_DATA_HOME/quillmont
+  NO_COLOR         set to turn colour off
+
+Exit status: 0 success, 1 the operation failed, 2 usage error.)";
+
+void installCommands(CommandSet& commands) {
+  OverviewCommand::install(commands);
+  BookingCommands::install(commands);
+  WorkCommands::install(commands);
+  ReportCommands::install(commands);
+  SettingsCommands::install(commands);
+  OpenCommand::install(commands);
+  HousekeepingCommands::install(commands);
+}
+
+// Help shows arguments by name alone ("DURATION", not "DURATION TEXT").
+void nameArgumentsPlainly(CLI::App& app) {
+  for (CLI::Option* option : app.get_options()) {
+    if (option->get_positional()) option->type_name("");
+  }
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) nameArgumentsPlainly(*command);
+}
+
+void useDataHome(const std::string& folder) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(folder, error);
+  setenv("QUILLMONT_HOME", (error ? std::filesystem::path(folder) : absolute).c_str(), 1);
+}
+
+void reportFailure(const std::string& text) {
+  std::cout.flush();
+  std::cerr << "quillmont: " << text << '\n';
+}
+
+}  // namespace
+
+int run(int argc, char** argv) {
+  CLI::App app{"Quillmont: a personal time bank for flexible working hours.\n"
+               "Without a command it shows the overview.",
+               "quillmont"};
+  app.set_version_flag("--version", std::string("quillmont ") + QUILLMONT_VERSION, "Show the version and exit");
+  app.set_help_all_flag("--help-all", "Show help for every command and exit");
+  std::string dataHome;
+  app.add_option("--data-home", dataHome, "Keep Quillmont's data in DIR (sets QUILLMONT_HOME)")->type_name("DIR");
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  app.footer(footer);
+  app.get_formatter()->column_width(34);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Positionals", "Arguments");
+
+  CommandSet commands(app);
+  installCommands(commands);
+  nameArgumentsPlainly(app);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int status = app.exit(error);
+    return status == 0 ? 0 : 2;
+  }
+
+  if (!dataHome.empty()) useDataHome(dataHome);
+  try {
+    commands.chosen(OverviewCommand::run)();
+    std::cout.flush();
+    if (!std::cout) {
+      reportFailure("cannot write to standard output");
+      return 1;
+    }
+    return 0;
+  } catch (const UsageError& error) {
+    reportFailure(error.what());
+    return 2;
+  } catch (const std::exception& error) {
+    reportFailure(error.what());
+    return 1;
+  }
+}
+
+}  // namespace quillmont::CommandLine

@@ -1,0 +1,134 @@
+// Black-box tests of the program's surface: version, help, usage errors,
+// data homes and the overview.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "cli/testing/CommandRunner.h"
+
+namespace quillmont {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using testing::CommandRunner;
+
+TEST(CommandLine, VersionAndHelpSucceedOnStandardOutput) {
+  CommandRunner quillmont;
+  const auto version = quillmont.run({"--version"});
+  EXPECT_EQ(version.exitCode, 0);
+  EXPECT_THAT(version.out, HasSubstr("quillmont "));
+
+  const auto help = quillmont.run({"--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_THAT(help.out, HasSubstr("Usage"));
+  EXPECT_THAT(help.err, IsEmpty());
+}
+
+TEST(CommandLine, EveryCommandHasHelp) {
+  CommandRunner quillmont;
+  const std::vector<std::vector<std::string>> commands{
+      {"overview"}, {"book"}, {"bookings"}, {"bookings", "list"}, {"bookings", "delete"}, {"timer"},
+      {"timer", "start"}, {"timer", "stop"}, {"timer", "toggle"}, {"timer", "status"}, {"work"}, {"work", "add"},
+      {"work", "edit"}, {"work", "delete"}, {"work", "list"}, {"report"}, {"report", "week"}, {"report", "month"},
+      {"csv"}, {"csv", "days"}, {"csv", "ledger"}, {"setup"}, {"settings"}, {"schedule"}, {"schedule", "add"},
+      {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
+      {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
+      {"import-legacy"}, {"open"}, {"erase"}, {"doctor"}};
+  for (auto arguments : commands) {
+    arguments.push_back("--help");
+    const auto result = quillmont.run(arguments);
+    EXPECT_EQ(result.exitCode, 0) << arguments.front() << ": " << result.err;
+    EXPECT_THAT(result.out, HasSubstr("Usage")) << arguments.front();
+  }
+  // Asking for help never creates the store.
+  EXPECT_FALSE(std::filesystem::exists(quillmont.home() / "data"));
+}
+
+TEST(CommandLine, UsageErrorsExitWithTwoAndChangeNothing) {
+  CommandRunner quillmont;
+  const std::vector<std::vector<std::string>> mistakes{
+      {"--no-such-option"}, {"no-such-command"}, {"--data-home"}, {"book"}, {"book", "1.5"}, {"book", "abc"},
+      {"book", "30", "--day", "2026-02-30"}, {"book", "30", "--category", "no such category"},
+      {"book", "30", "--note", "caf\xe9"}, {"category", "add", "\xff"},
+      {"bookings"}, {"bookings", "delete"}, {"bookings", "delete", "not-hex"}, {"timer"}, {"timer", "pause"},
+      {"work", "add", "--start", "09:00"}, {"work", "add", "--start", "25:00", "--end", "26:00"},
+      {"work", "add", "--start", "2026-03-02 17:00", "--end", "2026-03-02 09:00"},
+      {"work", "add", "--start", "09:00", "--end", "10:00", "--break", "300"}, {"report", "year"},
+      {"csv", "days", "--period", "year"}, {"csv", "ledger", "--from", "2026-03-10", "--to", "2026-03-01"},
+      {"setup", "--week", "8h,8h"}, {"setup", "--week", "8h,8h,8h,8h,8h,0,25h"}, {"setup", "--balance", "2000h"},
+      {"schedule", "add", "2026-03-01"}, {"kinds", "holiday"}, {"category", "add", "  "},
+      {"open", "https://example.com"}, {"open", "quillmont://nowhere"}};
+  for (const auto& arguments : mistakes) {
+    const auto result = quillmont.run(arguments);
+    std::string line;
+    for (const auto& argument : arguments) line += argument + " ";
+    EXPECT_EQ(result.exitCode, 2) << line << "\n" << result.out << result.err;
+    EXPECT_THAT(result.err, Not(IsEmpty())) << line;
+  }
+  // None of them booked anything or changed the settings.
+  const auto bookings = quillmont.run({"bookings", "list", "--all"});
+  EXPECT_EQ(bookings.exitCode, 0);
+  EXPECT_THAT(bookings.out, IsEmpty());
+  EXPECT_THAT(quillmont.run({"settings"}).out, HasSubstr("not complete"));
+}
+
+TEST(CommandLine, DataHomeOptionAndVariableChooseTheStore) {
+  CommandRunner quillmont;
+  const auto elsewhere = quillmont.home() / "elsewhere";
+  ASSERT_EQ(quillmont.run({"--data-home", elsewhere.string(), "book", "30"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "45", "--data-home", elsewhere.string()}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(elsewhere / "group.io.quillmont.ledger" / "Quillmont.store"));
+  EXPECT_THAT(quillmont.run({"--data-home", elsewhere.string(), "overview", "--json"}).out,
+              HasSubstr("\"todayCreditSeconds\" : 4500"));
+  // The home of QUILLMONT_HOME saw none of it.
+  EXPECT_THAT(quillmont.run({"overview", "--json"}).out, HasSubstr("\"todayCreditSeconds\" : 0"));
+
+  // Without the application group the program keeps a store of its own.
+  quillmont.setEnvironment("QUILLMONT_ENTITLEMENTS", (quillmont.home() / "missing.json").string());
+  ASSERT_EQ(quillmont.run({"book", "15"}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(quillmont.home() / "data" / "quillmont" / "Quillmont.store"));
+}
+
+TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
+  CommandRunner quillmont;
+  const auto fresh = quillmont.run({});
+  EXPECT_EQ(fresh.exitCode, 0);
+  EXPECT_THAT(fresh.out, HasSubstr("Balance   +0:00"));
+  EXPECT_THAT(fresh.out, HasSubstr("quillmont setup"));
+  EXPECT_THAT(fresh.out, Not(HasSubstr("\x1b[")));  // no colour into a pipe
+
+  ASSERT_EQ(quillmont.run({"book", "90"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-0:30", "--category", "appointment"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "15", "--day", "yesterday"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  const auto text = quillmont.run({"overview"});
+  EXPECT_THAT(text.out, HasSubstr("Balance   +1:15"));
+  EXPECT_THAT(text.out, HasSubstr("+1:30 credited, \u22120:30 debited (net +1:00)"));
+  EXPECT_THAT(text.out, HasSubstr("Timer     running since"));
+
+  const auto json = quillmont.run({"overview", "--json"});
+  EXPECT_EQ(json.exitCode, 0);
+  EXPECT_THAT(json.out, HasSubstr("\"balanceSeconds\" : 4500"));
+  EXPECT_THAT(json.out, HasSubstr("\"todayCreditSeconds\" : 5400"));
+  EXPECT_THAT(json.out, HasSubstr("\"todayDebitSeconds\" : 1800"));
+  EXPECT_THAT(json.out, HasSubstr("\"timerRunning\" : true"));
+  EXPECT_THAT(json.out, HasSubstr("\"isConfigured\" : false"));
+}
+
+TEST(CommandLine, DeepLinksOpenTheirScreens) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"book", "30", "--note", "from the link test"}).exitCode, 0);
+  EXPECT_THAT(quillmont.run({"open", "quillmont://overview"}).out, HasSubstr("Balance"));
+  EXPECT_THAT(quillmont.run({"open", "QUILLMONT://History/anything?x=1"}).out, HasSubstr("from the link test"));
+  EXPECT_THAT(quillmont.run({"open", "quillmont://reports"}).out, HasSubstr("Month"));
+  EXPECT_THAT(quillmont.run({"open", "quillmont://settings"}).out, HasSubstr("Starting balance"));
+  const auto unknown = quillmont.run({"open", "quillmont://elsewhere"});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_THAT(unknown.err, HasSubstr("not a Quillmont link"));
+}
+
+}  // namespace
+}  // namespace quillmont

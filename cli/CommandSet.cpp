@@ -1,0 +1,25 @@
+#include "cli/CommandSet.h"
+
+#include <CLI/CLI.hpp>
+
+namespace quillmont {
+
+CLI::App* CommandSet::add(CLI::App& parent, const std::string& name, const std::string& description, Action action) {
+  CLI::App* command = parent.add_subcommand(name, description);
+  command->group("Commands");
+  // Subcommands' callbacks run before their parent's, so a chosen
+  // subcommand has already claimed the slot when the parent's runs.
+  command->callback([this, action = std::move(action)] {
+    if (!chosen_) chosen_ = action;
+  });
+  return command;
+}
+
+CLI::App* CommandSet::addGroup(CLI::App& parent, const std::string& name, const std::string& description) {
+  CLI::App* group = parent.add_subcommand(name, description);
+  group->group("Commands");
+  group->require_subcommand(1);
+  return group;
+}
+
+}  // namespace quillmont

@@ -1,0 +1,49 @@
+// Display: how the command line shows instants, amounts and identifiers.
+// Days and times are ISO 8601 in the user's time zone (Gregorian whatever
+// calendar the locale prefers, so what is shown can be typed back); amounts
+// are clock durations as the widget shows them ("+7:30", U+2212 for minus);
+// identifiers are shown by their first eight hexadecimal digits.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/foundation/Calendar.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/DateFormatter.h"
+#include "platform/foundation/UUID.h"
+
+namespace quillmont {
+
+class Display {
+ public:
+  static constexpr std::size_t shortIdentifierLength = 8;
+
+  explicit Display(const Calendar& calendar);
+
+  std::string day(Date date) const;       ///< "2026-03-15"
+  std::string dateTime(Date date) const;  ///< "2026-03-15 09:30"
+  std::string time(Date date) const;      ///< "09:30"
+  std::string weekday(Date date) const;   ///< "Sun"
+  /// ISO 8601 with the zone's offset: "2026-03-15T09:30:00+01:00".
+  std::string timestamp(Date date) const;
+
+  /// Signed: "+7:30", "−0:45", "+0:00".
+  static std::string amount(double seconds);
+  static std::string amountOfMinutes(std::int64_t minutes);
+  /// Unsigned: "7:30".
+  static std::string duration(double seconds);
+  static std::string shortIdentifier(const UUID& id);
+
+ private:
+  static Calendar gregorian(const Calendar& calendar);
+
+  Calendar calendar_;
+  DateFormatter day_;
+  DateFormatter dateTime_;
+  DateFormatter time_;
+  DateFormatter weekday_;
+  DateFormatter timestamp_;
+};
+
+}  // namespace quillmont

@@ -1,0 +1,97 @@
+#include "cli/HousekeepingCommands.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/CommandFailure.h"
+#include "cli/Display.h"
+#include "cli/StoreSession.h"
+#include "cli/Terminal.h"
+#include "core/AppConstants.h"
+#include "core/BalanceAdjustment.h"
+#include "core/DataStoreMaintenance.h"
+#include "core/ManualLedgerMigration.h"
+#include "core/RuntimeEntitlements.h"
+#include "core/TimeBankSettings.h"
+#include "core/WorkEntry.h"
+#include "core/WorkSchedule.h"
+#include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/ProcessEntitlements.h"
+
+namespace quillmont::HousekeepingCommands {
+namespace {
+
+void erase(bool confirmed) {
+  if (!confirmed) {
+    throw CommandFailure("erase deletes every booking, work entry, schedule and setting; "
+                         "run `quillmont erase --yes` to do it");
+  }
+  StoreSession session;
+  DataStoreMaintenance::eraseAll(session.context());
+  Terminal::message("Erased every record.");
+}
+
+void row(std::string_view label, const std::string& value) {
+  Terminal::print(Terminal::styled(label, Terminal::Style::dim) + std::string(20 - label.size(), ' ') + value);
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+void doctor() {
+  const char* home = std::getenv("QUILLMONT_HOME");
+  row("Data home", ContainerDirectories::dataHome().string() +
+                       (home != nullptr && *home != '\0' ? " (from QUILLMONT_HOME)" : ""));
+  const char* overridden = std::getenv("QUILLMONT_ENTITLEMENTS");
+  const std::filesystem::path entitlementsPath =
+      overridden != nullptr && *overridden != '\0' ? overridden : ProcessEntitlements::installedPath();
+  const bool readable = ProcessEntitlements::current().has_value();
+  row("Entitlements", entitlementsPath.string() + (readable ? "" : " (missing or unreadable)"));
+  const bool group = RuntimeEntitlements::hasUsableAppGroup();
+  row("Application group", group ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
+                                 : "not usable: the store is private to this program");
+  row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
+                        " (stores are never synchronised here)");
+
+  bool healthy = true;
+  try {
+    StoreSession session;
+    const auto& url = session.container()->url();
+    row("Store", url ? url->string() : "in memory");
+    const std::string integrity = session.container()->integrityCheck();
+    healthy = integrity == "ok";
+    row("Integrity", healthy ? "ok" : integrity);
+    ModelContext& context = session.context();
+    const auto adjustments = context.fetch<BalanceAdjustment>();
+    bool migrated = false;
+    for (const auto& adjustment : adjustments) migrated = migrated || ManualLedgerMigration::isCarryover(*adjustment);
+    row("Records", counted(context.fetch<WorkEntry>().size(), "work entry", "work entries") + ", " +
+                       counted(adjustments.size(), "booking", "bookings") + ", " +
+                       counted(context.fetch<WorkSchedule>().size(), "schedule", "schedules") + ", " +
+                       counted(context.fetch<TimeBankSettings>().size(), "settings record", "settings records"));
+    row("Set-up", session.settings().hasCompletedOnboarding() ? "complete" : "not complete");
+    row("Ledger", migrated ? "manual ledger (migrated)" : "not migrated yet");
+    row("Calendar", session.calendar().timeZoneIdentifier() + ", " + session.calendar().identifier());
+  } catch (const std::exception& error) {
+    row("Store", std::string("cannot be opened: ") + error.what());
+    healthy = false;
+  }
+  if (!healthy) throw CommandFailure("the store needs attention (see above)");
+}
+
+}  // namespace
+
+void install(CommandSet& commands) {
+  auto confirmed = std::make_shared<bool>(false);
+  CLI::App* eraseCommand = commands.add(commands.root(), "erase", "Delete every record of the store",
+                                        [confirmed] { erase(*confirmed); });
+  eraseCommand->add_flag("--yes", *confirmed, "Confirm that everything is to be deleted");
+  commands.add(commands.root(), "doctor", "Show where the data lives, what is allowed and whether the store is sound",
+               [] { doctor(); });
+}
+
+}  // namespace quillmont::HousekeepingCommands

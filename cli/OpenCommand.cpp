@@ -1,0 +1,60 @@
+#include "cli/OpenCommand.h"
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/BookingCommands.h"
+#include "cli/OverviewCommand.h"
+#include "cli/ReportCommands.h"
+#include "cli/SettingsCommands.h"
+#include "cli/StoreSession.h"
+#include "cli/Terminal.h"
+#include "cli/UsageError.h"
+#include "cli/WorkCommands.h"
+#include "core/AppRoute.h"
+
+namespace quillmont::OpenCommand {
+namespace {
+
+void open(const std::string& url) {
+  const auto route = AppRoute::fromURL(url);
+  if (!route) throw UsageError("'" + url + "' is not a Quillmont link (try quillmont://overview)");
+  StoreSession session;
+  switch (route->value()) {
+    case AppRoute::overview:
+      OverviewCommand::show(session, false);
+      break;
+    case AppRoute::history: {
+      const DateInput::Day today = session.today();
+      const DateInterval recent = DateInterval::between(
+          DateInput::startOfDay(today.adding(1 - BookingCommands::defaultListDays), session.calendar()),
+          DateInput::endOfDay(today, session.calendar()));
+      Terminal::print(Terminal::styled("Bookings", Terminal::Style::bold));
+      BookingCommands::showList(session, recent);
+      Terminal::print("");
+      Terminal::print(Terminal::styled("Work", Terminal::Style::bold));
+      WorkCommands::showList(session, recent);
+      break;
+    }
+    case AppRoute::reports:
+      ReportCommands::showReport(session, ReportGranularity::month, session.now());
+      break;
+    case AppRoute::settings:
+      SettingsCommands::show(session);
+      break;
+  }
+}
+
+}  // namespace
+
+void install(CommandSet& commands) {
+  auto url = std::make_shared<std::string>();
+  CLI::App* command = commands.add(commands.root(), "open", "Show the screen a quillmont:// link names",
+                                   [url] { open(*url); });
+  command->add_option("URL", *url, "quillmont://overview, quillmont://history, quillmont://reports or "
+                                   "quillmont://settings")
+      ->required();
+}
+
+}  // namespace quillmont::OpenCommand

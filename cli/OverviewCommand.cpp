@@ -1,0 +1,127 @@
+#include "cli/OverviewCommand.h"
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/Display.h"
+#include "cli/StoreSession.h"
+#include "cli/Terminal.h"
+#include "core/BalanceAdjustment.h"
+#include "core/TimeBankCalculator.h"
+#include "core/TimerSessionController.h"
+#include "platform/foundation/JsonWriter.h"
+
+namespace quillmont::OverviewCommand {
+namespace {
+
+struct Overview {
+  double balanceSeconds = 0;
+  double todayCreditSeconds = 0;
+  double todayDebitSeconds = 0;
+  std::optional<Date> runningSince;
+  bool isConfigured = false;
+};
+
+Overview compute(StoreSession& session) {
+  Overview overview;
+  const Date now = session.now();
+  const auto adjustments = session.context().fetch<BalanceAdjustment>();
+  overview.balanceSeconds =
+      TimeBankCalculator::ledgerBalanceSeconds(adjustments, session.settings().startingBalanceMinutes(), now);
+  // Today's bookings: from the start of today up to now, both included.
+  const Date startOfToday = session.calendar().startOfDay(now);
+  for (const auto& adjustment : adjustments) {
+    if (adjustment->date() < startOfToday || adjustment->date() > now) continue;
+    const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
+    if (adjustment->minutes() > 0) overview.todayCreditSeconds += seconds;
+    if (adjustment->minutes() < 0) overview.todayDebitSeconds -= seconds;
+  }
+  if (const auto running = TimerSessionController::runningEntry(session.context(), now)) {
+    overview.runningSince = running->startedAt();
+  }
+  overview.isConfigured = session.settings().hasCompletedOnboarding();
+  return overview;
+}
+
+void printJSON(const Overview& overview, const Display& display) {
+  std::string text;
+  JsonWriter writer(text, JsonWriter::Options{.prettyPrinted = true, .escapeSlashes = false, .sortedKeys = true});
+  writer.beginObject();
+  writer.key("balance");
+  writer.string(Display::amount(overview.balanceSeconds));
+  writer.key("balanceSeconds");
+  writer.number(overview.balanceSeconds);
+  writer.key("isConfigured");
+  writer.boolean(overview.isConfigured);
+  writer.key("runningSince");
+  if (overview.runningSince) {
+    writer.string(display.timestamp(*overview.runningSince));
+  } else {
+    writer.null();
+  }
+  writer.key("timerRunning");
+  writer.boolean(overview.runningSince.has_value());
+  writer.key("todayCreditSeconds");
+  writer.number(overview.todayCreditSeconds);
+  writer.key("todayDebitSeconds");
+  writer.number(overview.todayDebitSeconds);
+  writer.endObject();
+  Terminal::print(text);
+}
+
+void printText(const Overview& overview, const Display& display, Date now) {
+  using Terminal::Style;
+  using Terminal::styled;
+  const auto row = [](std::string_view label, const std::string& value) {
+    Terminal::print(styled(label, Style::dim) + std::string(10 - label.size(), ' ') + value);
+  };
+  row("Balance", styled(Display::amount(overview.balanceSeconds), Terminal::styleForAmount(overview.balanceSeconds)));
+  const double net = overview.todayCreditSeconds - overview.todayDebitSeconds;
+  row("Today", styled("+" + Display::duration(overview.todayCreditSeconds), Style::positive) + " credited, " +
+                   styled("\u2212" + Display::duration(overview.todayDebitSeconds), Style::negative) + " debited (net " +
+                   Display::amount(net) + ")");
+  if (overview.runningSince) {
+    row("Timer", "running since " + display.dateTime(*overview.runningSince) + " (" +
+                     Display::duration(now - *overview.runningSince) + ")");
+  } else {
+    row("Timer", "not running");
+  }
+  if (!overview.isConfigured) {
+    row("Set-up", styled("not complete", Style::negative));
+    Terminal::print("");
+    Terminal::print("Finish setting up the time bank with, for example:");
+    Terminal::print("  quillmont setup --start today --balance 0 --week 8h,8h,8h,8h,8h,0,0");
+    Terminal::print("(see `quillmont setup --help`).");
+  }
+}
+
+}  // namespace
+
+void show(StoreSession& session, bool json) {
+  const Overview overview = compute(session);
+  const Display display(session.calendar());
+  if (json) {
+    printJSON(overview, display);
+  } else {
+    printText(overview, display, session.now());
+  }
+}
+
+void run() {
+  StoreSession session;
+  show(session, false);
+}
+
+void install(CommandSet& commands) {
+  auto json = std::make_shared<bool>(false);
+  CLI::App* overview = commands.add(commands.root(), "overview",
+                                    "Show the balance, today's credits and debits, and the timer (the default)",
+                                    [json] {
+                                      StoreSession session;
+                                      show(session, *json);
+                                    });
+  overview->add_flag("--json", *json, "Print a JSON object instead of text");
+}
+
+}  // namespace quillmont::OverviewCommand

@@ -1,0 +1,28 @@
+#include "cli/RecordLookup.h"
+
+#include <cctype>
+
+namespace quillmont::RecordLookup {
+
+std::optional<std::string> normalizedPrefix(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    if (c == '-') continue;
+    if (!std::isxdigit(static_cast<unsigned char>(c))) return std::nullopt;
+    result += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  }
+  if (result.empty() || result.size() > 32) return std::nullopt;
+  return result;
+}
+
+bool matches(const UUID& id, std::string_view normalizedPrefix) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  for (std::size_t i = 0; i < normalizedPrefix.size(); ++i) {
+    const std::uint8_t byte = id.bytes[i / 2];
+    const char digit = digits[i % 2 == 0 ? byte >> 4 : byte & 0x0F];
+    if (digit != normalizedPrefix[i]) return false;
+  }
+  return true;
+}
+
+}  // namespace quillmont::RecordLookup

@@ -1,0 +1,47 @@
+// StoreSession: the record store as every command that reads or changes it
+// opens it: the container where the entitlements put it, a fresh context,
+// the user's calendar and the present instant, and the maintenance writers
+// (activity, configuration, ledger migration) run and saved before the
+// command sees anything. The settings record is the one maintenance chose.
+#pragma once
+
+#include <memory>
+
+#include "cli/DateInput.h"
+#include "core/TimeBankSettings.h"
+#include "platform/foundation/Calendar.h"
+#include "platform/foundation/Date.h"
+#include "platform/store/ModelContainer.h"
+#include "platform/store/ModelContext.h"
+
+namespace quillmont {
+
+class StoreSession {
+ public:
+  /// Opens and repairs the store; the store's errors pass through.
+  StoreSession();
+  StoreSession(const StoreSession&) = delete;
+  StoreSession& operator=(const StoreSession&) = delete;
+
+  ModelContext& context() { return *context_; }
+  const std::shared_ptr<ModelContainer>& container() const { return container_; }
+  const Calendar& calendar() const { return calendar_; }
+  Date now() const { return now_; }
+  TimeBankSettings& settings() { return *settings_; }
+  /// Today in the user's time zone.
+  DateInput::Day today() const { return DateInput::dayOf(now_, calendar_); }
+
+  /// Marks the settings as changed now and saves the context.
+  void saveSettings();
+  /// Runs the maintenance writers again (after a change they react to).
+  void reconcile();
+
+ private:
+  Calendar calendar_;
+  Date now_;
+  std::shared_ptr<ModelContainer> container_;
+  std::unique_ptr<ModelContext> context_;
+  std::shared_ptr<TimeBankSettings> settings_;
+};
+
+}  // namespace quillmont

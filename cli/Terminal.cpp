@@ -1,0 +1,62 @@
+#include "cli/Terminal.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include <unistd.h>
+
+namespace quillmont::Terminal {
+
+bool standardOutputHasColour() {
+  static const bool hasColour = [] {
+    const char* noColour = std::getenv("NO_COLOR");
+    return (noColour == nullptr || *noColour == '\0') && isatty(STDOUT_FILENO) == 1;
+  }();
+  return hasColour;
+}
+
+bool standardErrorIsTerminal() {
+  static const bool isTerminal = isatty(STDERR_FILENO) == 1;
+  return isTerminal;
+}
+
+std::string styled(std::string_view text, Style style) {
+  if (style == Style::plain || !standardOutputHasColour()) return std::string(text);
+  const char* start = "";
+  switch (style) {
+    case Style::plain: break;
+    case Style::bold: start = "\x1b[1m"; break;
+    case Style::dim: start = "\x1b[2m"; break;
+    case Style::positive: start = "\x1b[32m"; break;
+    case Style::negative: start = "\x1b[31m"; break;
+    case Style::accent: start = "\x1b[36m"; break;
+  }
+  std::string result(start);
+  result += text;
+  result += "\x1b[0m";
+  return result;
+}
+
+Style styleForAmount(double value) {
+  if (value > 0) return Style::positive;
+  if (value < 0) return Style::negative;
+  return Style::plain;
+}
+
+void print(std::string_view line) {
+  std::cout << line << '\n';
+}
+
+void write(std::string_view text) { std::cout << text; }
+
+void message(std::string_view line) {
+  std::cout.flush();
+  std::cerr << line << '\n';
+}
+
+void warning(std::string_view text) {
+  std::cout.flush();
+  std::cerr << "quillmont: warning: " << text << '\n';
+}
+
+}  // namespace quillmont::Terminal

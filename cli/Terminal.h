@@ -1,0 +1,32 @@
+// Terminal: where the program's output goes and how it looks. Data (tables,
+// reports, CSV, JSON, archives) goes to standard output; messages
+// (confirmations, warnings, errors, progress) go to standard error. Colour is
+// used only when standard output is a terminal and NO_COLOR is not set (to a
+// non-empty value); progress is shown only when standard error is a terminal.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillmont::Terminal {
+
+enum class Style { plain, bold, dim, positive, negative, accent };
+
+bool standardOutputHasColour();
+bool standardErrorIsTerminal();
+
+/// `text` wrapped in the style's escape sequences when standard output has colour.
+std::string styled(std::string_view text, Style style);
+/// The style for a signed amount: positive above zero, negative below, plain at zero.
+Style styleForAmount(double value);
+
+/// One line of data on standard output.
+void print(std::string_view line);
+/// Data on standard output as it is (lines end in their own line feeds).
+void write(std::string_view text);
+/// One message line on standard error.
+void message(std::string_view line);
+/// "quillmont: warning: <text>" on standard error.
+void warning(std::string_view text);
+
+}  // namespace quillmont::Terminal

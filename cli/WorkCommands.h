@@ -1,0 +1,20 @@
+// WorkCommands: worked time. `timer start|stop|toggle|status` runs the
+// timer through the core's timer sessions; `work add|edit|delete|list` keeps
+// intervals typed in by hand.
+#pragma once
+
+#include "cli/CommandSet.h"
+#include "platform/foundation/DateInterval.h"
+
+namespace quillmont {
+
+class StoreSession;
+
+namespace WorkCommands {
+
+void install(CommandSet& commands);
+/// Prints the work entries that start inside `interval`, oldest first.
+void showList(StoreSession& session, const DateInterval& interval);
+
+}  // namespace WorkCommands
+}  // namespace quillmont

@@ -1,0 +1,150 @@
+#include "cli/testing/CommandRunner.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace quillmont::testing {
+namespace {
+
+void check(bool ok, const char* what) {
+  if (!ok) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
+}
+
+// Writes `input` to `writeEnd` while draining both output pipes, so that no
+// side blocks on a full pipe.
+void exchange(int writeEnd, std::string_view input, int outEnd, int errEnd, CommandResult& result) {
+  std::size_t written = 0;
+  if (input.empty()) {
+    close(writeEnd);
+    writeEnd = -1;
+  }
+  std::array<char, 65536> buffer{};
+  int open = 2;
+  while (open > 0 || writeEnd >= 0) {
+    std::array<pollfd, 3> fds{{{outEnd, POLLIN, 0}, {errEnd, POLLIN, 0}, {writeEnd, POLLOUT, 0}}};
+    check(poll(fds.data(), fds.size(), -1) >= 0 || errno == EINTR, "poll");
+    for (int i = 0; i < 2; ++i) {
+      if (fds[i].fd < 0 || (fds[i].revents & (POLLIN | POLLHUP | POLLERR)) == 0) continue;
+      const ssize_t count = read(fds[i].fd, buffer.data(), buffer.size());
+      if (count > 0) {
+        (i == 0 ? result.out : result.err).append(buffer.data(), static_cast<std::size_t>(count));
+      } else if (count == 0 || errno != EINTR) {
+        close(fds[i].fd);
+        (i == 0 ? outEnd : errEnd) = -1;
+        --open;
+      }
+    }
+    if (writeEnd >= 0 && (fds[2].revents & (POLLOUT | POLLERR | POLLHUP)) != 0) {
+      const ssize_t count = write(writeEnd, input.data() + written, input.size() - written);
+      if (count > 0) written += static_cast<std::size_t>(count);
+      if (count < 0 && errno != EINTR && errno != EAGAIN) written = input.size();
+      if (written == input.size()) {
+        close(writeEnd);
+        writeEnd = -1;
+      }
+    }
+  }
+}
+
+}  // namespace
+
+CommandRunner::CommandRunner() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "quillmont-cli-XXXXXX").string();
+  check(mkdtemp(pattern.data()) != nullptr, "mkdtemp");
+  home_ = pattern;
+  std::ofstream(home_ / "entitlements.json")
+      << R"({"com.apple.developer.team-identifier": "TESTS", )"
+      << R"("com.apple.security.application-groups": ["group.io.quillmont.ledger"]})";
+  environment_["QUILLMONT_HOME"] = (home_ / "data").string();
+  environment_["QUILLMONT_ENTITLEMENTS"] = (home_ / "entitlements.json").string();
+  environment_["TZ"] = defaultTimeZone;
+  environment_["LC_ALL"] = defaultLocale;
+  environment_["NO_COLOR"] = "";
+}
+
+CommandRunner::~CommandRunner() {
+  std::error_code ignored;
+  std::filesystem::remove_all(home_, ignored);
+}
+
+void CommandRunner::setEnvironment(const std::string& name, const std::string& value) { environment_[name] = value; }
+
+CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::string_view input) const {
+  std::vector<std::string> environment;
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string_view entry(*variable);
+    const std::string name(entry.substr(0, entry.find('=')));
+    if (!environment_.contains(name) && name != "LANG" && name != "LC_TIME") environment.emplace_back(entry);
+  }
+  for (const auto& [name, value] : environment_) {
+    if (!value.empty()) environment.push_back(name + "=" + value);
+  }
+  std::vector<char*> envp;
+  for (auto& entry : environment) envp.push_back(entry.data());
+  envp.push_back(nullptr);
+
+  std::vector<std::string> argumentCopies{QUILLMONT_BINARY};
+  argumentCopies.insert(argumentCopies.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (auto& argument : argumentCopies) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+
+  int in[2], out[2], err[2];
+  check(pipe2(in, O_CLOEXEC) == 0 && pipe2(out, O_CLOEXEC) == 0 && pipe2(err, O_CLOEXEC) == 0, "pipe");
+  const pid_t child = fork();
+  check(child >= 0, "fork");
+  if (child == 0) {
+    dup2(in[0], STDIN_FILENO);
+    dup2(out[1], STDOUT_FILENO);
+    dup2(err[1], STDERR_FILENO);
+    signal(SIGPIPE, SIG_DFL);
+    execve(argv[0], argv.data(), envp.data());
+    _exit(127);
+  }
+  close(in[0]);
+  close(out[1]);
+  close(err[1]);
+  signal(SIGPIPE, SIG_IGN);
+
+  CommandResult result;
+  exchange(in[1], input, out[0], err[0], result);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return result;
+}
+
+void CommandRunner::shareStoreWithThisProcess() const {
+  setenv("QUILLMONT_HOME", environment_.at("QUILLMONT_HOME").c_str(), 1);
+  setenv("QUILLMONT_ENTITLEMENTS", environment_.at("QUILLMONT_ENTITLEMENTS").c_str(), 1);
+}
+
+std::filesystem::path writeTemporaryFile(const std::filesystem::path& folder, std::string_view name,
+                                         std::string_view contents) {
+  const auto path = folder / name;
+  std::ofstream(path, std::ios::binary) << contents;
+  return path;
+}
+
+std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream contents;
+  contents << file.rdbuf();
+  return contents.str();
+}
+
+}  // namespace quillmont::testing

@@ -1,0 +1,18 @@
+#include "cli/testing/StoreProbe.h"
+
+#include "core/QuillmontPersistence.h"
+#include "core/RuntimeEntitlements.h"
+
+namespace quillmont::testing {
+
+StoreProbe::StoreProbe(const CommandRunner& runner) {
+  runner.shareStoreWithThisProcess();
+  context_ = std::make_unique<ModelContext>(
+      QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup()));
+}
+
+Calendar StoreProbe::calendar() {
+  return *Calendar::make(CommandRunner::defaultTimeZone, CommandRunner::defaultLocale);
+}
+
+}  // namespace quillmont::testing

@@ -20,26 +20,41 @@ std::int64_t clampedBalance(double minutes) {
   return static_cast<std::int64_t>(std::clamp(minutes, static_cast<double>(-balanceLimit), static_cast<double>(balanceLimit)));
 }
 
+std::vector<std::shared_ptr<BalanceAdjustment>> markers(ModelContext& context) {
+  return context.fetch<BalanceAdjustment>({[](const BalanceAdjustment& adjustment) { return isCarryover(adjustment); }, {}});
+}
+
+void insertMarker(ModelContext& context, Date now) {
+  context.insert(std::make_shared<BalanceAdjustment>(adjustmentID(), now, 0, "", BalanceAdjustmentKind::manual, now, now));
+}
+
 }  // namespace
 
 const UUID& adjustmentID() { return AppConstants::manualLedgerMigrationAdjustmentID(); }
 
 bool isCarryover(const BalanceAdjustment& adjustment) { return adjustment.id() == adjustmentID(); }
 
+bool beginLedger(ModelContext& context, Date now, bool saveChanges) {
+  if (!markers(context).empty()) return false;
+  insertMarker(context, now);
+  if (saveChanges) context.save();
+  return true;
+}
+
 bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar& calendar, Date now, bool saveChanges) {
-  const auto markers = context.fetch<BalanceAdjustment>({[](const BalanceAdjustment& adjustment) { return isCarryover(adjustment); }, {}});
-  if (!markers.empty()) {
+  const auto found = markers(context);
+  if (!found.empty()) {
     std::shared_ptr<BalanceAdjustment> kept;
-    for (const auto& marker : markers) {
+    for (const auto& marker : found) {
       if (!kept || std::tuple(kept->modifiedAt(), kept->createdAt(), kept->id()) <
                        std::tuple(marker->modifiedAt(), marker->createdAt(), marker->id())) {
         kept = marker;
       }
     }
-    for (const auto& marker : markers) {
+    for (const auto& marker : found) {
       if (marker != kept) context.deleteRecord(marker);
     }
-    const bool duplicates = markers.size() > 1;
+    const bool duplicates = found.size() > 1;
     if (saveChanges && duplicates) context.save();
     return duplicates;
   }
@@ -62,7 +77,7 @@ bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar
   const double startingBalance = static_cast<double>(settings.startingBalanceMinutes());
   settings.setStartingBalanceMinutes(clampedBalance(startingBalance + static_cast<double>(earnedMinutes)));
   settings.setModifiedAt(now);
-  context.insert(std::make_shared<BalanceAdjustment>(adjustmentID(), now, 0, "", BalanceAdjustmentKind::manual, now, now));
+  insertMarker(context, now);
   if (saveChanges) context.save();
   return true;
 }

@@ -22,4 +22,10 @@ bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar
 
 bool isCarryover(const BalanceAdjustment& adjustment);
 
+/// Starts the manual ledger as it stands: inserts the marker when there is
+/// none, folding nothing into the starting balance. For a bank set up from
+/// scratch, where the balance the person states is the balance; reconcile()
+/// then finds the ledger migrated. True when it inserted the marker.
+bool beginLedger(ModelContext& context, Date now, bool saveChanges);
+
 }  // namespace quillmont::ManualLedgerMigration

@@ -82,5 +82,14 @@ TEST_F(ManualLedgerMigrationTest, ReducesMarkersToTheLatest) {
   EXPECT_FALSE(ManualLedgerMigration::reconcile(context, *settings, utc, now, true));
 }
 
+TEST_F(ManualLedgerMigrationTest, ABegunLedgerFoldsNothing) {
+  work(monday + 9 * 3600, monday + 17 * 3600);
+  EXPECT_TRUE(ManualLedgerMigration::beginLedger(context, now, true));
+  EXPECT_FALSE(ManualLedgerMigration::beginLedger(context, now, true));
+  EXPECT_FALSE(ManualLedgerMigration::reconcile(context, *settings, utc, now, true));
+  EXPECT_EQ(settings->startingBalanceMinutes(), 10);
+  EXPECT_EQ(markers().size(), 1u);
+}
+
 }  // namespace
 }  // namespace quillmont

@@ -52,27 +52,8 @@ TimeBankSettings::TimeBankSettings(UUID id, Date calculationStartDate, std::int6
   setQuickActionMinutes(quickActionMinutes);
 }
 
-WeekdayMinutes TimeBankSettings::weekdayMinutes() const {
-  return {mondayMinutes_, tuesdayMinutes_, wednesdayMinutes_, thursdayMinutes_, fridayMinutes_, saturdayMinutes_, sundayMinutes_};
-}
-
 TimeBankSettings::QuickActionMinutes TimeBankSettings::quickActionMinutes() const {
   return {quickActionOneMinutes_, quickActionTwoMinutes_, quickActionThreeMinutes_, quickActionFourMinutes_};
-}
-
-void TimeBankSettings::assignWeekdays(const WeekdayMinutes& values) {
-  mondayMinutes_ = values[0];
-  tuesdayMinutes_ = values[1];
-  wednesdayMinutes_ = values[2];
-  thursdayMinutes_ = values[3];
-  fridayMinutes_ = values[4];
-  saturdayMinutes_ = values[5];
-  sundayMinutes_ = values[6];
-  didChange();
-}
-
-void TimeBankSettings::setWeekdayMinutes(std::span<const std::int64_t> minutes) {
-  assignWeekdays(normalizedWeekdayMinutes(minutes, noWeekdayMinutes));
 }
 
 void TimeBankSettings::setQuickActionMinutes(std::span<const std::int64_t> minutes) {
@@ -82,10 +63,6 @@ void TimeBankSettings::setQuickActionMinutes(std::span<const std::int64_t> minut
   quickActionThreeMinutes_ = values[2];
   quickActionFourMinutes_ = values[3];
   didChange();
-}
-
-std::int64_t TimeBankSettings::scheduledMinutes(Date date, const Calendar& calendar) const {
-  return clampedDailyMinutes(weekdayMinutes()[weekdayIndex(calendar.weekday(date))]);
 }
 
 }  // namespace quillmont

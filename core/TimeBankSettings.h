@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/WeekdayMinutes.h"
+#include "core/WeeklyMinutesModel.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/UUID.h"
@@ -20,7 +20,7 @@
 
 namespace quillmont {
 
-class TimeBankSettings final : public PersistentModel {
+class TimeBankSettings final : public WeeklyMinutesModel {
  public:
   static constexpr std::string_view entityName = "TimeBankSettings";
   static std::span<const Attribute<TimeBankSettings>> attributes();
@@ -42,17 +42,8 @@ class TimeBankSettings final : public PersistentModel {
   const std::string& customAdjustmentCategoriesRawValue() const { return customAdjustmentCategoriesRawValue_; }
   bool hasCompletedOnboarding() const { return hasCompletedOnboarding_; }
   Date modifiedAt() const { return modifiedAt_; }
-  /// The seven stored values, Monday first, as stored.
-  WeekdayMinutes weekdayMinutes() const;
   /// The four quick actions in order, as stored.
   QuickActionMinutes quickActionMinutes() const;
-  std::int64_t mondayMinutes() const { return mondayMinutes_; }
-  std::int64_t tuesdayMinutes() const { return tuesdayMinutes_; }
-  std::int64_t wednesdayMinutes() const { return wednesdayMinutes_; }
-  std::int64_t thursdayMinutes() const { return thursdayMinutes_; }
-  std::int64_t fridayMinutes() const { return fridayMinutes_; }
-  std::int64_t saturdayMinutes() const { return saturdayMinutes_; }
-  std::int64_t sundayMinutes() const { return sundayMinutes_; }
   std::int64_t quickActionOneMinutes() const { return quickActionOneMinutes_; }
   std::int64_t quickActionTwoMinutes() const { return quickActionTwoMinutes_; }
   std::int64_t quickActionThreeMinutes() const { return quickActionThreeMinutes_; }
@@ -65,38 +56,18 @@ class TimeBankSettings final : public PersistentModel {
   void setCustomAdjustmentCategoriesRawValue(std::string value) { assign(customAdjustmentCategoriesRawValue_, std::move(value)); }
   void setHasCompletedOnboarding(bool value) { assign(hasCompletedOnboarding_, value); }
   void setModifiedAt(Date value) { assign(modifiedAt_, value); }
-  /// Clamps each value to 0...1440; missing elements become 0.
-  void setWeekdayMinutes(std::span<const std::int64_t> minutes);
   /// Stores QuickActionConfiguration::normalized(minutes).
   void setQuickActionMinutes(std::span<const std::int64_t> minutes);
-  void setMondayMinutes(std::int64_t value) { assign(mondayMinutes_, value); }
-  void setTuesdayMinutes(std::int64_t value) { assign(tuesdayMinutes_, value); }
-  void setWednesdayMinutes(std::int64_t value) { assign(wednesdayMinutes_, value); }
-  void setThursdayMinutes(std::int64_t value) { assign(thursdayMinutes_, value); }
-  void setFridayMinutes(std::int64_t value) { assign(fridayMinutes_, value); }
-  void setSaturdayMinutes(std::int64_t value) { assign(saturdayMinutes_, value); }
-  void setSundayMinutes(std::int64_t value) { assign(sundayMinutes_, value); }
   void setQuickActionOneMinutes(std::int64_t value) { assign(quickActionOneMinutes_, value); }
   void setQuickActionTwoMinutes(std::int64_t value) { assign(quickActionTwoMinutes_, value); }
   void setQuickActionThreeMinutes(std::int64_t value) { assign(quickActionThreeMinutes_, value); }
   void setQuickActionFourMinutes(std::int64_t value) { assign(quickActionFourMinutes_, value); }
 
-  /// Minutes expected on the day of `date` by the settings' own weekdays, clamped to 0...1440.
-  std::int64_t scheduledMinutes(Date date, const Calendar& calendar) const;
-
  private:
-  void assignWeekdays(const WeekdayMinutes& values);
 
   UUID id_;
   Date calculationStartDate_;
   std::int64_t startingBalanceMinutes_ = 0;
-  std::int64_t mondayMinutes_ = 480;
-  std::int64_t tuesdayMinutes_ = 480;
-  std::int64_t wednesdayMinutes_ = 480;
-  std::int64_t thursdayMinutes_ = 480;
-  std::int64_t fridayMinutes_ = 480;
-  std::int64_t saturdayMinutes_ = 0;
-  std::int64_t sundayMinutes_ = 0;
   std::int64_t quickActionOneMinutes_ = 15;
   std::int64_t quickActionTwoMinutes_ = 30;
   std::int64_t quickActionThreeMinutes_ = 60;

@@ -29,24 +29,4 @@ WorkSchedule::WorkSchedule(UUID id, Date effectiveFrom, std::span<const std::int
   setWeekdayMinutes(weekdayMinutes);
 }
 
-WeekdayMinutes WorkSchedule::weekdayMinutes() const {
-  return {mondayMinutes_, tuesdayMinutes_, wednesdayMinutes_, thursdayMinutes_, fridayMinutes_, saturdayMinutes_, sundayMinutes_};
-}
-
-void WorkSchedule::setWeekdayMinutes(std::span<const std::int64_t> minutes) {
-  const WeekdayMinutes values = normalizedWeekdayMinutes(minutes, noWeekdayMinutes);
-  mondayMinutes_ = values[0];
-  tuesdayMinutes_ = values[1];
-  wednesdayMinutes_ = values[2];
-  thursdayMinutes_ = values[3];
-  fridayMinutes_ = values[4];
-  saturdayMinutes_ = values[5];
-  sundayMinutes_ = values[6];
-  didChange();
-}
-
-std::int64_t WorkSchedule::scheduledMinutes(Date date, const Calendar& calendar) const {
-  return clampedDailyMinutes(weekdayMinutes()[weekdayIndex(calendar.weekday(date))]);
-}
-
 }  // namespace quillmont

@@ -6,6 +6,7 @@
 #include "cli/testing/StoreProbe.h"
 #include "core/BalanceAdjustment.h"
 #include "core/CustomAdjustmentCategory.h"
+#include "core/ManualLedgerMigration.h"
 #include "core/TimeBankSettings.h"
 
 namespace quillmont {
@@ -34,10 +35,13 @@ TEST(BookingCommands, SetupStoresTheChosenSettings) {
   EXPECT_TRUE(settings[0]->hasCompletedOnboarding());
   EXPECT_EQ(settings[0]->weekdayMinutes(), (WeekdayMinutes{480, 480, 480, 480, 360, 0, 0}));
   EXPECT_EQ(settings[0]->quickActionMinutes(), (TimeBankSettings::QuickActionMinutes{10, 45, 90, 240}));
-  // Set-up switched the store to the manual ledger: the start is 12:30 plus
-  // what the weeks since 2025-01-06 earned, and the marker booking exists.
-  EXPECT_NE(settings[0]->startingBalanceMinutes(), 750);
-  EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 1u);
+  // Set-up starts the manual ledger from the balance stated: nothing earned
+  // since the calculation start is folded in, now or at the next command.
+  EXPECT_EQ(settings[0]->startingBalanceMinutes(), 750);
+  const auto marker = store.context().fetch<BalanceAdjustment>();
+  ASSERT_EQ(marker.size(), 1u);
+  EXPECT_TRUE(ManualLedgerMigration::isCarryover(*marker[0]));
+  EXPECT_THAT(quillmont.run({"overview", "--json"}).out, HasSubstr("\"balanceSeconds\" : 45000"));
   EXPECT_THAT(quillmont.run({}).out, Not(HasSubstr("setup")));
 }
 

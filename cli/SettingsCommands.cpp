@@ -20,6 +20,7 @@
 #include "core/CustomAdjustmentCategory.h"
 #include "core/CustomAdjustmentCategoryConfiguration.h"
 #include "core/DataStoreMaintenance.h"
+#include "core/ManualLedgerMigration.h"
 #include "core/QuickActionConfiguration.h"
 #include "core/WeekdayMinutes.h"
 #include "core/WorkSchedule.h"
@@ -131,16 +132,10 @@ void setup(const SettingsOptions& options) {
   StoreSession session;
   apply(session, options);
   session.settings().setHasCompletedOnboarding(true);
+  // A bank set up here starts the manual ledger from the balance stated.
+  ManualLedgerMigration::beginLedger(session.context(), session.now(), false);
   session.saveSettings();
-  // A store that was never set up switches to the manual ledger now, as it
-  // would at the next command: show the settings as they will stay.
-  const std::int64_t chosenBalance = session.settings().startingBalanceMinutes();
-  session.reconcile();
   Terminal::message("Set-up complete.");
-  if (session.settings().startingBalanceMinutes() != chosenBalance) {
-    Terminal::message("The time worked against the week until now moved the starting balance to " +
-                      Display::amountOfMinutes(session.settings().startingBalanceMinutes()) + ".");
-  }
   show(session);
 }
 

@@ -13,8 +13,6 @@ StoreSession::StoreSession()
       context_(std::make_unique<ModelContext>(container_)),
       settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, true)) {}
 
-void StoreSession::reconcile() { settings_ = DataStoreMaintenance::reconcile(*context_, calendar_, now_, true); }
-
 void StoreSession::saveSettings() {
   settings_->setModifiedAt(now_);
   context_->save();

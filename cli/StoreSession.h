@@ -33,8 +33,6 @@ class StoreSession {
 
   /// Marks the settings as changed now and saves the context.
   void saveSettings();
-  /// Runs the maintenance writers again (after a change they react to).
-  void reconcile();
 
  private:
   Calendar calendar_;

@@ -22,12 +22,13 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/QuillmontConfigVersion.cm
 install(FILES ${PROJECT_BINARY_DIR}/QuillmontConfig.cmake ${PROJECT_BINARY_DIR}/QuillmontConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Quillmont)
 
+if(TARGET quillmont)
+  install(TARGETS quillmont RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/share/entitlements.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillmont)
 install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
-if(EXISTS ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion)
-  install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
-endif()
+install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
 
 # The install works for a consumer: install into a scratch prefix and build a
 # small program against find_package(Quillmont).

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
 #include "core/AppConstants.h"
+#include "core/DataStoreMaintenance.h"
 #include "core/TimeBankTransactionController.h"
 #include "platform/store/ModelContext.h"
 #include "platform/store/StoreError.h"
@@ -66,6 +68,48 @@ TEST_F(QuillmontPersistenceTest, AFailedBookingSaveKeepsTheAdjustmentPending) {
   sqlite3_close(database);
   context.save();
   EXPECT_EQ(ModelContext(container).fetch<BalanceAdjustment>().size(), 1u);
+}
+
+TEST_F(QuillmontPersistenceTest, TwoProcessesBookingAtOnceLoseNothing) {
+  QuillmontPersistence::makeContainer(false, false, true);  // create the file before the writers race
+  const auto calendar = *Calendar::make("UTC");
+  std::vector<pid_t> writers;
+  for (int writer = 0; writer < 2; ++writer) {
+    const pid_t pid = ::fork();
+    ASSERT_NE(pid, -1);
+    if (pid == 0) {
+      int status = 0;
+      try {
+        // Each booking as a separate program run does it: open, repair, book.
+        for (int booking = 0; booking < 200; ++booking) {
+          ModelContext context(QuillmontPersistence::makeContainer(false, false, true));
+          DataStoreMaintenance::reconcile(context, calendar, Date::now(), true);
+          TimeBankTransactionController::record(writer == 0 ? 1 : -1, Date::now(), "", "manual", context);
+        }
+      } catch (...) {
+        status = 1;
+      }
+      ::_exit(status);
+    }
+    writers.push_back(pid);
+  }
+  for (const pid_t pid : writers) {
+    int status = 0;
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a writer failed";
+  }
+  const auto container = QuillmontPersistence::makeContainer(false, false, true);
+  ModelContext context(container);
+  std::size_t credits = 0;
+  std::size_t debits = 0;
+  for (const auto& adjustment : context.fetch<BalanceAdjustment>()) {
+    credits += adjustment->minutes() == 1 ? 1 : 0;
+    debits += adjustment->minutes() == -1 ? 1 : 0;
+  }
+  EXPECT_EQ(credits, 200u);
+  EXPECT_EQ(debits, 200u);
+  EXPECT_EQ(context.fetch<TimeBankSettings>().size(), 1u);
+  EXPECT_EQ(container->integrityCheck(), "ok");
 }
 
 }  // namespace

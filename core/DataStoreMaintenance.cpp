@@ -12,6 +12,7 @@
 #include "core/ManualLedgerMigration.h"
 #include "core/NoteValidation.h"
 #include "core/QuickActionConfiguration.h"
+#include "core/RecordChoice.h"
 #include "core/RecordTimestampValidation.h"
 #include "core/TimeBankDateBounds.h"
 #include "core/WorkEntry.h"
@@ -38,17 +39,6 @@ template <class Record>
 Timestamps normalizedTimestamps(const Record& record, Date now) {
   const Date modifiedAt = normalizedModifiedAt(record.modifiedAt(), now);
   return {normalizedCreatedAt(record.createdAt(), modifiedAt), modifiedAt};
-}
-
-// The later one replaces the current choice only when strictly greater, so
-// among full ties the first one seen wins.
-template <class Record, class Key>
-std::shared_ptr<Record> greatest(const std::vector<std::shared_ptr<Record>>& records, Key key) {
-  std::shared_ptr<Record> chosen;
-  for (const auto& record : records) {
-    if (!chosen || key(*chosen) < key(*record)) chosen = record;
-  }
-  return chosen;
 }
 
 bool reconcileEntry(WorkEntry& entry, Date now) {
@@ -147,7 +137,7 @@ bool reconcileSchedules(ModelContext& context, const Calendar& calendar, Date no
   }
   for (const auto& [bits, dayGroup] : byDay) {
     const auto& [dayStart, group] = dayGroup;
-    const auto survivor = greatest(group, [](const WorkSchedule& schedule) {
+    const auto survivor = RecordChoice::greatest(group, [](const WorkSchedule& schedule) {
       return std::tuple(schedule.modifiedAt(), schedule.createdAt(), schedule.id());
     });
     for (const auto& schedule : group) {
@@ -204,7 +194,7 @@ std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, 
         changed = true;
       }
     }
-    settings = greatest(all, [](const TimeBankSettings& record) {
+    settings = RecordChoice::greatest(all, [](const TimeBankSettings& record) {
       return std::tuple(record.hasCompletedOnboarding(), record.modifiedAt(), record.id());
     });
     for (const auto& record : all) {

@@ -6,6 +6,7 @@
 
 #include "core/AppConstants.h"
 #include "core/DataStoreMaintenance.h"
+#include "core/RecordChoice.h"
 #include "core/TimeBankCalculator.h"
 #include "core/WorkEntry.h"
 #include "core/WorkSchedule.h"
@@ -44,13 +45,9 @@ bool beginLedger(ModelContext& context, Date now, bool saveChanges) {
 bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar& calendar, Date now, bool saveChanges) {
   const auto found = markers(context);
   if (!found.empty()) {
-    std::shared_ptr<BalanceAdjustment> kept;
-    for (const auto& marker : found) {
-      if (!kept || std::tuple(kept->modifiedAt(), kept->createdAt(), kept->id()) <
-                       std::tuple(marker->modifiedAt(), marker->createdAt(), marker->id())) {
-        kept = marker;
-      }
-    }
+    const auto kept = RecordChoice::greatest(found, [](const BalanceAdjustment& marker) {
+      return std::tuple(marker.modifiedAt(), marker.createdAt(), marker.id());
+    });
     for (const auto& marker : found) {
       if (marker != kept) context.deleteRecord(marker);
     }

@@ -17,8 +17,8 @@
 #include <random>
 #include <vector>
 
-#include "core/TimeBankCalculator.h"
-#include "core/TimeBankReporting.h"
+#include "core/engine/TimeBankCalculator.h"
+#include "core/reports/TimeBankReporting.h"
 
 namespace {
 

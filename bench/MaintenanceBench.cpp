@@ -5,9 +5,9 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/SyntheticLedger.h"
-#include "core/DataStoreMaintenance.h"
-#include "core/QuillmontPersistence.h"
-#include "core/TimeBankTransactionController.h"
+#include "core/engine/DataStoreMaintenance.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "core/ledger/TimeBankTransactionController.h"
 
 namespace quillmont {
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "core/NoteValidation.h"
+#include "core/ledger/NoteValidation.h"
 
 namespace {
 

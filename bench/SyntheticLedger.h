@@ -11,10 +11,10 @@
 #include <string>
 #include <unistd.h>
 
-#include "core/BalanceAdjustment.h"
-#include "core/TimeBankSettings.h"
-#include "core/WorkEntry.h"
-#include "core/WorkSchedule.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
 #include "platform/store/ModelContext.h"
 
 namespace quillmont::bench {

@@ -4,9 +4,9 @@
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/BalanceAdjustment.h"
-#include "core/LegacyPrototypeImport.h"
-#include "core/TimeBankArchiveError.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/archive/LegacyPrototypeImport.h"
+#include "core/archive/TimeBankArchiveError.h"
 
 namespace quillmont {
 namespace {

@@ -13,12 +13,12 @@
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/AdjustmentCategoryValidation.h"
-#include "core/BalanceAdjustment.h"
-#include "core/CustomAdjustmentCategoryConfiguration.h"
-#include "core/ManualLedgerMigration.h"
-#include "core/TimeBankCalculator.h"
-#include "core/TimeBankTransactionController.h"
+#include "core/ledger/AdjustmentCategoryValidation.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/engine/TimeBankCalculator.h"
+#include "core/ledger/TimeBankTransactionController.h"
 #include "platform/foundation/Text.h"
 
 namespace quillmont::BookingCommands {

@@ -4,10 +4,10 @@
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/BalanceAdjustment.h"
-#include "core/CustomAdjustmentCategory.h"
-#include "core/ManualLedgerMigration.h"
-#include "core/TimeBankSettings.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/CustomAdjustmentCategory.h"
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/ledger/TimeBankSettings.h"
 
 namespace quillmont {
 namespace {

@@ -1,6 +1,6 @@
 #include "cli/Display.h"
 
-#include "core/DurationFormatting.h"
+#include "core/ledger/DurationFormatting.h"
 
 namespace quillmont {
 

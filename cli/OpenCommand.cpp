@@ -12,7 +12,7 @@
 #include "cli/Terminal.h"
 #include "cli/UsageError.h"
 #include "cli/WorkCommands.h"
-#include "core/AppRoute.h"
+#include "core/persistence/AppRoute.h"
 
 namespace quillmont::OpenCommand {
 namespace {

@@ -7,9 +7,9 @@
 #include "cli/Display.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
-#include "core/BalanceAdjustment.h"
-#include "core/TimeBankCalculator.h"
-#include "core/TimerSessionController.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/engine/TimeBankCalculator.h"
+#include "core/engine/TimerSessionController.h"
 #include "platform/foundation/JsonWriter.h"
 
 namespace quillmont::OverviewCommand {

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "cli/CommandSet.h"
-#include "core/ReportGranularity.h"
+#include "core/reports/ReportGranularity.h"
 #include "platform/foundation/Date.h"
 
 namespace quillmont {

@@ -6,12 +6,12 @@
 #include "cli/DateInput.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/BalanceAdjustment.h"
-#include "core/TimeBankCalculator.h"
-#include "core/TimeBankReporting.h"
-#include "core/TimeBankSettings.h"
-#include "core/WorkEntry.h"
-#include "core/WorkSchedule.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/engine/TimeBankCalculator.h"
+#include "core/reports/TimeBankReporting.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
 
 namespace quillmont {
 namespace {

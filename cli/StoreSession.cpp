@@ -1,8 +1,8 @@
 #include "cli/StoreSession.h"
 
-#include "core/DataStoreMaintenance.h"
-#include "core/QuillmontPersistence.h"
-#include "core/RuntimeEntitlements.h"
+#include "core/engine/DataStoreMaintenance.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "core/persistence/RuntimeEntitlements.h"
 
 namespace quillmont {
 

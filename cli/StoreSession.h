@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "cli/DateInput.h"
-#include "core/TimeBankSettings.h"
+#include "core/ledger/TimeBankSettings.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/Date.h"
 #include "platform/store/ModelContainer.h"

@@ -12,10 +12,10 @@
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/DataStoreMaintenance.h"
-#include "core/NoteValidation.h"
-#include "core/TimerSessionController.h"
-#include "core/WorkEntry.h"
+#include "core/engine/DataStoreMaintenance.h"
+#include "core/ledger/NoteValidation.h"
+#include "core/engine/TimerSessionController.h"
+#include "core/ledger/WorkEntry.h"
 
 namespace quillmont::WorkCommands {
 namespace {

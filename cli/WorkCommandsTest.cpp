@@ -4,7 +4,7 @@
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/WorkEntry.h"
+#include "core/ledger/WorkEntry.h"
 
 namespace quillmont {
 namespace {

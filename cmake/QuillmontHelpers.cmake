@@ -1,6 +1,6 @@
-# Source layout convention: every `Foo.cpp` in a library folder belongs to the
-# library, every `FooTest.cpp` beside it belongs to that folder's test program.
-# New units therefore need no CMake edits.
+# Source layout convention: every `Foo.cpp` anywhere below a library's folder
+# belongs to the library, every `FooTest.cpp` beside it to that library's test
+# program. New units, and new subsystem folders, therefore need no CMake edits.
 
 function(quillmont_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
@@ -12,7 +12,7 @@ function(quillmont_library)
   cmake_parse_arguments(ARG "" "NAME" "DIRS;LIBS" ${ARGN})
   set(sources)
   foreach(dir IN LISTS ARG_DIRS)
-    file(GLOB found CONFIGURE_DEPENDS ${dir}/*.cpp)
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS ${dir}/*.cpp)
     list(APPEND sources ${found})
   endforeach()
   list(FILTER sources EXCLUDE REGEX "Test\\.cpp$")
@@ -32,7 +32,7 @@ function(quillmont_tests)
   cmake_parse_arguments(ARG "" "NAME" "DIRS;LIBS" ${ARGN})
   set(sources)
   foreach(dir IN LISTS ARG_DIRS)
-    file(GLOB found CONFIGURE_DEPENDS ${dir}/*Test.cpp)
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS ${dir}/*Test.cpp)
     list(APPEND sources ${found})
   endforeach()
   if(NOT sources)

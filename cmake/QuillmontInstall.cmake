@@ -11,7 +11,7 @@ configure_file(${PROJECT_SOURCE_DIR}/share/entitlements.json ${PROJECT_BINARY_DI
 install(TARGETS QuillmontPlatform QuillmontKit EXPORT QuillmontTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(dir platform/foundation platform/store core)
+foreach(dir platform core)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillmont/${dir}
     FILES_MATCHING PATTERN "*.h" PATTERN "*Test*" EXCLUDE)
 endforeach()

@@ -1,7 +1,7 @@
 #include "cli/testing/StoreProbe.h"
 
-#include "core/QuillmontPersistence.h"
-#include "core/RuntimeEntitlements.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "core/persistence/RuntimeEntitlements.h"
 
 namespace quillmont::testing {
 

@@ -9,14 +9,14 @@
 #include <random>
 #include <string>
 
-#include "core/AdjustmentKindConfiguration.h"
-#include "core/BalanceAdjustment.h"
-#include "core/BalanceAdjustmentKind.h"
-#include "core/QuillmontPersistence.h"
-#include "core/RuntimeEntitlements.h"
-#include "core/TimeBankSettings.h"
-#include "core/WorkEntry.h"
-#include "core/WorkSchedule.h"
+#include "core/ledger/AdjustmentKindConfiguration.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/BalanceAdjustmentKind.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "core/persistence/RuntimeEntitlements.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/store/ModelContext.h"
 

@@ -1,6 +1,6 @@
 // A program outside the project, built against the installed package.
-#include <core/DurationFormatting.h>
-#include <core/QuickActionConfiguration.h>
+#include <core/ledger/DurationFormatting.h>
+#include <core/ledger/QuickActionConfiguration.h>
 
 int main() {
   return quillmont::DurationFormatting::clock(27000, true) == "+7:30" &&

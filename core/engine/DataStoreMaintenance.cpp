@@ -1,0 +1,221 @@
+#include "core/engine/DataStoreMaintenance.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+#include <tuple>
+
+#include "core/ledger/AdjustmentCategoryValidation.h"
+#include "core/ledger/AdjustmentKindConfiguration.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/ledger/NoteValidation.h"
+#include "core/ledger/QuickActionConfiguration.h"
+#include "core/engine/RecordChoice.h"
+#include "core/ledger/RecordTimestampValidation.h"
+#include "core/engine/TimeBankDateBounds.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
+
+namespace quillmont::DataStoreMaintenance {
+namespace {
+
+using RecordTimestampValidation::normalizedCreatedAt;
+using RecordTimestampValidation::normalizedModifiedAt;
+
+// Bitwise sameness, so a stored NaN does not count as a change on every run.
+bool same(Date a, Date b) {
+  return std::memcmp(&a.timeIntervalSinceReferenceDate, &b.timeIntervalSinceReferenceDate, sizeof(double)) == 0;
+}
+bool same(std::optional<Date> a, std::optional<Date> b) { return a.has_value() == b.has_value() && (!a || same(*a, *b)); }
+
+struct Timestamps {
+  Date createdAt;
+  Date modifiedAt;
+};
+
+template <class Record>
+Timestamps normalizedTimestamps(const Record& record, Date now) {
+  const Date modifiedAt = normalizedModifiedAt(record.modifiedAt(), now);
+  return {normalizedCreatedAt(record.createdAt(), modifiedAt), modifiedAt};
+}
+
+bool reconcileEntry(WorkEntry& entry, Date now) {
+  const std::int64_t breakMinutes = std::clamp<std::int64_t>(entry.breakMinutes(), 0, maximumBreakMinutes);
+  std::optional<Date> end = entry.endedAt();
+  if (end) end = std::max(entry.startedAt(), *end);
+  std::string note = NoteValidation::normalized(entry.note());
+  const Timestamps times = normalizedTimestamps(entry, now);
+  if (breakMinutes == entry.breakMinutes() && same(end, entry.endedAt()) && note == entry.note() &&
+      same(times.modifiedAt, entry.modifiedAt()) && same(times.createdAt, entry.createdAt())) {
+    return false;
+  }
+  entry.setBreakMinutes(breakMinutes);
+  entry.setEndedAt(end);
+  entry.setNote(std::move(note));
+  entry.setModifiedAt(times.modifiedAt);
+  entry.setCreatedAt(times.createdAt);
+  return true;
+}
+
+bool reconcileAdjustment(BalanceAdjustment& adjustment, Date now) {
+  std::string kind = AdjustmentCategoryValidation::normalizedRawValue(adjustment.kindRawValue());
+  const std::int64_t minutes = AdjustmentCategoryValidation::normalizedMinutes(adjustment.minutes(), kind);
+  std::string note = NoteValidation::normalized(adjustment.note());
+  const Timestamps times = normalizedTimestamps(adjustment, now);
+  if (kind == adjustment.kindRawValue() && minutes == adjustment.minutes() && note == adjustment.note() &&
+      same(times.modifiedAt, adjustment.modifiedAt()) && same(times.createdAt, adjustment.createdAt())) {
+    return false;
+  }
+  adjustment.setKindRawValue(std::move(kind));
+  adjustment.setMinutes(minutes);
+  adjustment.setNote(std::move(note));
+  adjustment.setModifiedAt(times.modifiedAt);
+  adjustment.setCreatedAt(times.createdAt);
+  return true;
+}
+
+WeekdayMinutes clamped(WeekdayMinutes minutes) {
+  for (auto& value : minutes) value = clampedDailyMinutes(value);
+  return minutes;
+}
+
+std::shared_ptr<TimeBankSettings> makeDefaultSettings() {
+  const Date calculationStart = Date::now();
+  return std::make_shared<TimeBankSettings>(
+      UUID::random(), calculationStart, 0, defaultWeekdayMinutes, QuickActionConfiguration::defaultMinutes,
+      AdjustmentKindConfiguration::defaultRawValue, CustomAdjustmentCategoryConfiguration::defaultRawValue, false,
+      Date::now());
+}
+
+bool normalizeSettings(TimeBankSettings& settings, const Calendar& calendar, Date now) {
+  const Date start = std::min(
+      calendar.startOfDay(std::max(TimeBankDateBounds::earliestCalculationDate(calendar), settings.calculationStartDate())),
+      calendar.startOfDay(Date::now()));
+  const WeekdayMinutes weekdays = clamped(settings.weekdayMinutes());
+  const std::int64_t balance = std::clamp(settings.startingBalanceMinutes(), -maximumBalanceMinutes, maximumBalanceMinutes);
+  const auto quickActions = QuickActionConfiguration::normalized(settings.quickActionMinutes());
+  std::string kinds = AdjustmentKindConfiguration::rawValue(
+      AdjustmentKindConfiguration::kinds(settings.visibleAdjustmentKindsRawValue()));
+  std::string categories = CustomAdjustmentCategoryConfiguration::rawValue(
+      CustomAdjustmentCategoryConfiguration::categories(settings.customAdjustmentCategoriesRawValue()));
+  if (same(start, settings.calculationStartDate()) && weekdays == settings.weekdayMinutes() &&
+      balance == settings.startingBalanceMinutes() && quickActions == settings.quickActionMinutes() &&
+      kinds == settings.visibleAdjustmentKindsRawValue() && categories == settings.customAdjustmentCategoriesRawValue()) {
+    return false;
+  }
+  settings.setCalculationStartDate(start);
+  settings.setWeekdayMinutes(weekdays);
+  settings.setStartingBalanceMinutes(balance);
+  settings.setQuickActionMinutes(quickActions);
+  settings.setVisibleAdjustmentKindsRawValue(std::move(kinds));
+  settings.setCustomAdjustmentCategoriesRawValue(std::move(categories));
+  settings.setModifiedAt(now);
+  return true;
+}
+
+bool reconcileSchedules(ModelContext& context, const Calendar& calendar, Date now) {
+  bool changed = false;
+  const auto schedules = context.fetch<WorkSchedule>();
+  // Grouped by the bits of the day's start: groups are independent, so their
+  // order does not matter, and a non-finite start still forms one group.
+  std::unordered_map<std::uint64_t, std::pair<Date, std::vector<std::shared_ptr<WorkSchedule>>>> byDay;
+  for (const auto& schedule : schedules) {
+    const Timestamps times = normalizedTimestamps(*schedule, now);
+    if (!same(times.modifiedAt, schedule->modifiedAt()) || !same(times.createdAt, schedule->createdAt())) {
+      schedule->setModifiedAt(times.modifiedAt);
+      schedule->setCreatedAt(times.createdAt);
+      changed = true;
+    }
+    const Date dayStart = calendar.startOfDay(schedule->effectiveFrom());
+    std::uint64_t bits;
+    std::memcpy(&bits, &dayStart.timeIntervalSinceReferenceDate, sizeof bits);
+    auto& group = byDay[bits];
+    group.first = dayStart;
+    group.second.push_back(schedule);
+  }
+  for (const auto& [bits, dayGroup] : byDay) {
+    const auto& [dayStart, group] = dayGroup;
+    const auto survivor = RecordChoice::greatest(group, [](const WorkSchedule& schedule) {
+      return std::tuple(schedule.modifiedAt(), schedule.createdAt(), schedule.id());
+    });
+    for (const auto& schedule : group) {
+      if (schedule != survivor) {
+        context.deleteRecord(schedule);
+        changed = true;
+      }
+    }
+    if (!same(survivor->effectiveFrom(), dayStart)) {
+      survivor->setEffectiveFrom(dayStart);
+      changed = true;
+    }
+    const WeekdayMinutes weekdays = clamped(survivor->weekdayMinutes());
+    if (weekdays != survivor->weekdayMinutes()) {
+      survivor->setWeekdayMinutes(weekdays);
+      survivor->setModifiedAt(now);
+      changed = true;
+    }
+  }
+  return changed;
+}
+
+}  // namespace
+
+std::shared_ptr<TimeBankSettings> reconcile(ModelContext& context, const Calendar& calendar, Date now, bool saveChanges) {
+  reconcileActivity(context, now, saveChanges);
+  auto settings = reconcileConfiguration(context, calendar, now, saveChanges);
+  ManualLedgerMigration::reconcile(context, *settings, calendar, now, saveChanges);
+  return settings;
+}
+
+void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
+  const auto entries = context.fetch<WorkEntry>();
+  const auto adjustments = context.fetch<BalanceAdjustment>();
+  bool changed = false;
+  for (const auto& entry : entries) changed |= reconcileEntry(*entry, now);
+  for (const auto& adjustment : adjustments) changed |= reconcileAdjustment(*adjustment, now);
+  if (saveChanges && changed) context.save();
+}
+
+std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, const Calendar& calendar, Date now,
+                                                         bool saveChanges) {
+  bool changed = false;
+  const auto all = context.fetch<TimeBankSettings>();
+  std::shared_ptr<TimeBankSettings> settings;
+  if (all.empty()) {
+    settings = makeDefaultSettings();
+    context.insert(settings);
+    changed = true;
+  } else {
+    for (const auto& record : all) {
+      if (record->modifiedAt() > now + RecordTimestampValidation::maximumFutureSkew) {
+        record->setModifiedAt(now);
+        changed = true;
+      }
+    }
+    settings = RecordChoice::greatest(all, [](const TimeBankSettings& record) {
+      return std::tuple(record.hasCompletedOnboarding(), record.modifiedAt(), record.id());
+    });
+    for (const auto& record : all) {
+      if (record != settings) {
+        context.deleteRecord(record);
+        changed = true;
+      }
+    }
+  }
+  changed |= normalizeSettings(*settings, calendar, now);
+  changed |= reconcileSchedules(context, calendar, now);
+  if (saveChanges && changed) context.save();
+  return settings;
+}
+
+void eraseAll(ModelContext& context) {
+  context.deleteAll<WorkEntry>();
+  context.deleteAll<BalanceAdjustment>();
+  context.deleteAll<WorkSchedule>();
+  context.deleteAll<TimeBankSettings>();
+  context.save();
+}
+
+}  // namespace quillmont::DataStoreMaintenance

@@ -1,0 +1,74 @@
+// TimeBankCalculator: the balance engine. It turns work entries, balance
+// adjustments and weekly schedules into day balances and balances, in the
+// calendar and time zone the caller passes. Pure functions: records are read,
+// never changed, and nothing is cached between calls.
+//
+// Two models of the balance live here. The computed time bank counts, day by
+// day from the calculation start, worked minus expected time plus
+// adjustments (dayBalances, balanceSeconds). The manual ledger counts the
+// starting balance and adjustments only (ledgerBalanceSeconds,
+// ledgerDayBalances).
+//
+// Cost: the days of a range are computed once (Calendar::days); instants find
+// their day by searching the day starts, and the governing schedule of each
+// day comes from one pass over the schedules. The calendar is asked a few
+// times per call, not per day or per record.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/engine/DayBalance.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
+#include "platform/foundation/Calendar.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/DateInterval.h"
+
+namespace quillmont::TimeBankCalculator {
+
+using Entries = std::span<const std::shared_ptr<WorkEntry>>;
+using Adjustments = std::span<const std::shared_ptr<BalanceAdjustment>>;
+using Schedules = std::span<const std::shared_ptr<WorkSchedule>>;
+
+/// The worked seconds of `entry` that fall inside `during`, a running entry
+/// counted up to `asOf` (and a later end cut there). The break is spread
+/// evenly over the entry, so a part carries its share of it. Never negative.
+TimeInterval workedSeconds(const WorkEntry& entry, const DateInterval& during, Date asOf);
+
+/// One balance per day, ascending, from the day of the calculation start
+/// (the settings' start, not before 1 January 2000) through the day of
+/// `through`. Entries count up to `through`; adjustments count by whole day,
+/// so one booked later on the day of `through` is included. Empty when the
+/// calculation starts after the day of `through`, or when the calendar cannot
+/// place `through` (not finite).
+std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Schedules schedules,
+                                    const TimeBankSettings& settings, Date through, const Calendar& calendar);
+
+/// The starting balance plus the balances of all dayBalances(), in seconds.
+TimeInterval balanceSeconds(Entries entries, Adjustments adjustments, Schedules schedules,
+                            const TimeBankSettings& settings, Date through, const Calendar& calendar);
+
+/// Minutes expected on the day of `date` (0 ... 1440): from the schedule that
+/// governs that day, else from the settings' weekdays. Among the schedules in
+/// effect on the day (by the start of day of `effectiveFrom`), the one
+/// effective on the latest day governs; ties go to the later `modifiedAt`,
+/// then the later `createdAt`, then the greater `id`; among full ties the
+/// first in the list.
+std::int64_t scheduledMinutes(Date date, const TimeBankSettings& settings, Schedules schedules,
+                              const Calendar& calendar);
+
+/// The ledger balance: the starting balance plus every adjustment dated at
+/// or before the instant `through`, whatever the calculation start.
+TimeInterval ledgerBalanceSeconds(Adjustments adjustments, std::int64_t startingBalanceMinutes, Date through);
+
+/// One balance per day of `interval` (its end excluded) holding only the
+/// adjustments booked in the interval.
+std::vector<DayBalance> ledgerDayBalances(Adjustments adjustments, const DateInterval& interval,
+                                          const Calendar& calendar);
+
+}  // namespace quillmont::TimeBankCalculator

@@ -1,0 +1,27 @@
+#include "core/persistence/QuillmontPersistence.h"
+
+#include "core/persistence/AppConstants.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
+
+namespace quillmont::QuillmontPersistence {
+
+const Schema& schema() {
+  static const Schema shared = Schema::of<WorkEntry, BalanceAdjustment, WorkSchedule, TimeBankSettings>("1.0.0");
+  return shared;
+}
+
+ModelConfiguration makeConfiguration(bool inMemory, bool cloudSync, bool useAppGroup) {
+  ModelConfiguration configuration{std::string(storeName), schema(), inMemory, true, std::nullopt, std::nullopt};
+  if (!inMemory && useAppGroup) configuration.groupContainer = std::string(AppConstants::appGroupIdentifier);
+  if (!inMemory && cloudSync) configuration.cloudKitDatabase = std::string(AppConstants::cloudKitContainerIdentifier);
+  return configuration;
+}
+
+std::shared_ptr<ModelContainer> makeContainer(bool inMemory, bool cloudSync, bool useAppGroup) {
+  return ModelContainer::open(makeConfiguration(inMemory, cloudSync, useAppGroup));
+}
+
+}  // namespace quillmont::QuillmontPersistence

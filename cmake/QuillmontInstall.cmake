@@ -1,5 +1,5 @@
 # Installation: the libraries with their headers and a CMake package
-# (find_package(Quillmont) gives Quillmont::QuillmontKit), the entitlements
+# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the entitlements
 # file that lets the command line and the widget share one store, and the
 # desktop integration files.
 include(GNUInstallDirs)
@@ -8,10 +8,10 @@ include(CMakePackageConfigHelpers)
 # Binaries in the build tree find the entitlements beside them, as installed ones do.
 configure_file(${PROJECT_SOURCE_DIR}/share/entitlements.json ${PROJECT_BINARY_DIR}/share/quillmont/entitlements.json COPYONLY)
 
-install(TARGETS QuillmontPlatform QuillmontKit EXPORT QuillmontTargets
+install(TARGETS QuillmontPlatform QuillmontKit QuillmontWidget EXPORT QuillmontTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(dir platform core)
+foreach(dir platform core widget)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillmont/${dir}
     FILES_MATCHING PATTERN "*.h" PATTERN "*Test*" EXCLUDE)
 endforeach()

@@ -1,0 +1,145 @@
+#include "platform/foundation/UserDefaults.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string>
+
+#include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/ProcessEntitlements.h"
+
+namespace quillmont {
+namespace {
+
+constexpr std::string_view applicationGroupsKey = "com.apple.security.application-groups";
+constexpr std::string_view folderName = "Preferences";
+
+// Letters, digits, '-', '_' and (not first) '.' stand for themselves; every
+// other byte is written %XX, so no key can name a temporary file or escape
+// the folder.
+std::string encodedName(std::string_view key) {
+  static constexpr char hex[] = "0123456789ABCDEF";
+  std::string name;
+  name.reserve(key.size());
+  for (std::size_t i = 0; i < key.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(key[i]);
+    const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+                       byte == '-' || byte == '_' || (byte == '.' && i > 0);
+    if (plain) {
+      name += static_cast<char>(byte);
+    } else {
+      name += '%';
+      name += hex[byte >> 4];
+      name += hex[byte & 0xF];
+    }
+  }
+  return name;
+}
+
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  ~FileDescriptor() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  int get() const { return descriptor_; }
+  bool close() {
+    const int result = ::close(descriptor_);
+    descriptor_ = -1;
+    return result == 0;
+  }
+
+ private:
+  int descriptor_;
+};
+
+bool writeAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+UserDefaults UserDefaults::standard() { return UserDefaults(ContainerDirectories::processContainer() / folderName); }
+
+std::optional<UserDefaults> UserDefaults::suite(std::string_view suiteName) {
+  if (suiteName.empty()) return std::nullopt;
+  const auto entitlements = ProcessEntitlements::current();
+  if (!entitlements) return std::nullopt;
+  const auto groups = entitlements->stringList(applicationGroupsKey);
+  if (std::find(groups.begin(), groups.end(), suiteName) == groups.end()) return std::nullopt;
+  return UserDefaults(ContainerDirectories::groupContainer(suiteName) / folderName);
+}
+
+std::filesystem::path UserDefaults::fileFor(std::string_view key) const { return folder_ / encodedName(key); }
+
+std::optional<std::string> UserDefaults::data(std::string_view key) const { return read(key, Kind::data); }
+
+std::optional<std::string> UserDefaults::string(std::string_view key) const { return read(key, Kind::string); }
+
+bool UserDefaults::setData(std::string_view bytes, std::string_view key) const { return write(key, Kind::data, bytes); }
+
+bool UserDefaults::setString(std::string_view text, std::string_view key) const {
+  return write(key, Kind::string, text);
+}
+
+bool UserDefaults::removeObject(std::string_view key) const {
+  if (key.empty()) return true;
+  return ::unlink(fileFor(key).c_str()) == 0 || errno == ENOENT;
+}
+
+std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) const {
+  if (key.empty()) return std::nullopt;
+  FileDescriptor file(::open(fileFor(key).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (file.get() < 0) return std::nullopt;
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  std::string contents;
+  contents.reserve(static_cast<std::size_t>(status.st_size));
+  std::array<char, 4096> buffer;
+  for (;;) {
+    const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
+    if (count < 0) {
+      if (errno == EINTR) continue;
+      return std::nullopt;
+    }
+    if (count == 0) break;
+    contents.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  if (contents.empty() || contents.front() != static_cast<char>(kind)) return std::nullopt;
+  contents.erase(0, 1);
+  return contents;
+}
+
+bool UserDefaults::write(std::string_view key, Kind kind, std::string_view bytes) const {
+  if (key.empty()) return false;
+  std::error_code error;
+  std::filesystem::create_directories(folder_, error);
+  if (error) return false;
+  ::chmod(folder_.c_str(), 0700);
+  std::string temporary = (folder_ / ("." + encodedName(key) + ".XXXXXX")).string();
+  FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));  // created 0600
+  if (file.get() < 0) return false;
+  const char tag = static_cast<char>(kind);
+  const bool written = writeAll(file.get(), std::string_view(&tag, 1)) && writeAll(file.get(), bytes);
+  if (!file.close() || !written || ::rename(temporary.c_str(), fileFor(key).c_str()) != 0) {
+    ::unlink(temporary.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace quillmont

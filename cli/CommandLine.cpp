@@ -18,6 +18,7 @@
 #include "cli/SettingsCommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageError.h"
+#include "cli/WidgetCommands.h"
 #include "cli/WorkCommands.h"
 
 #ifndef QUILLMONT_VERSION
@@ -44,6 +45,7 @@ void installCommands(CommandSet& commands) {
   SettingsCommands::install(commands);
   ArchiveCommands::install(commands);
   OpenCommand::install(commands);
+  WidgetCommands::install(commands);
   HousekeepingCommands::install(commands);
 }
 

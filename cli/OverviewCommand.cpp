@@ -7,9 +7,8 @@
 #include "cli/Display.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
-#include "core/ledger/BalanceAdjustment.h"
-#include "core/engine/TimeBankCalculator.h"
 #include "core/engine/TimerSessionController.h"
+#include "core/widgetstate/WidgetSnapshotBuilder.h"
 #include "platform/foundation/JsonWriter.h"
 
 namespace quillmont::OverviewCommand {
@@ -23,24 +22,18 @@ struct Overview {
   bool isConfigured = false;
 };
 
+// The balance and today's credits and debits are the widget's own figures.
 Overview compute(StoreSession& session) {
   Overview overview;
   const Date now = session.now();
-  const auto adjustments = session.context().fetch<BalanceAdjustment>();
-  overview.balanceSeconds =
-      TimeBankCalculator::ledgerBalanceSeconds(adjustments, session.settings().startingBalanceMinutes(), now);
-  // Today's bookings: from the start of today up to now, both included.
-  const Date startOfToday = session.calendar().startOfDay(now);
-  for (const auto& adjustment : adjustments) {
-    if (adjustment->date() < startOfToday || adjustment->date() > now) continue;
-    const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
-    if (adjustment->minutes() > 0) overview.todayCreditSeconds += seconds;
-    if (adjustment->minutes() < 0) overview.todayDebitSeconds -= seconds;
-  }
+  const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(session.context(), now);
+  overview.balanceSeconds = snapshot.balanceSeconds;
+  overview.todayCreditSeconds = snapshot.todayWorkedSeconds;
+  overview.todayDebitSeconds = snapshot.todayExpectedSeconds;
+  overview.isConfigured = snapshot.isConfigured;
   if (const auto running = TimerSessionController::runningEntry(session.context(), now)) {
     overview.runningSince = running->startedAt();
   }
-  overview.isConfigured = session.settings().hasCompletedOnboarding();
   return overview;
 }
 

@@ -1,8 +1,13 @@
 #include "cli/StoreSession.h"
 
+#include <exception>
+#include <iostream>
+
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/persistence/QuillmontPersistence.h"
 #include "core/persistence/RuntimeEntitlements.h"
+#include "core/widgetstate/WidgetSnapshotBuilder.h"
+#include "platform/widgets/WidgetCenter.h"
 
 namespace quillmont {
 
@@ -12,6 +17,21 @@ StoreSession::StoreSession()
       container_(QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup())),
       context_(std::make_unique<ModelContext>(container_)),
       settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, true)) {}
+
+StoreSession::~StoreSession() { refreshWidget(); }
+
+void StoreSession::refreshWidget() noexcept {
+  if (container_->savesCommitted() == refreshedAtSave_) return;
+  try {
+    WidgetSnapshotBuilder::save(*context_, Date::now());
+    refreshedAtSave_ = container_->savesCommitted();
+    WidgetCenter::shared().reloadAllTimelines();
+  } catch (const std::exception& error) {
+    std::cerr << "quillmont: the widget keeps its last figures: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "quillmont: the widget keeps its last figures\n";
+  }
+}
 
 void StoreSession::saveSettings() {
   settings_->setModifiedAt(now_);

@@ -3,6 +3,10 @@
 // the user's calendar and the present instant, and the maintenance writers
 // (activity, configuration, ledger migration) run and saved before the
 // command sees anything. The settings record is the one maintenance chose.
+//
+// When the session ends and anything was saved through it (by the command or
+// by maintenance), it rebuilds the widget snapshot and asks every widget to
+// reload, so no widget shows figures older than the store.
 #pragma once
 
 #include <memory>
@@ -20,6 +24,8 @@ class StoreSession {
  public:
   /// Opens and repairs the store; the store's errors pass through.
   StoreSession();
+  /// Refreshes the widget when the store changed; never throws.
+  ~StoreSession();
   StoreSession(const StoreSession&) = delete;
   StoreSession& operator=(const StoreSession&) = delete;
 
@@ -34,12 +40,18 @@ class StoreSession {
   /// Marks the settings as changed now and saves the context.
   void saveSettings();
 
+  /// Saves the widget snapshot and asks the widgets to reload, when the
+  /// store changed since the last refresh. A snapshot that cannot be built
+  /// is reported on standard error; the widget keeps its last one.
+  void refreshWidget() noexcept;
+
  private:
   Calendar calendar_;
   Date now_;
   std::shared_ptr<ModelContainer> container_;
   std::unique_ptr<ModelContext> context_;
   std::shared_ptr<TimeBankSettings> settings_;
+  std::uint64_t refreshedAtSave_ = 0;
 };
 
 }  // namespace quillmont

@@ -32,10 +32,12 @@ std::string AdjustTimeBankIntent::dialog(AdjustmentOutcome outcome, std::int64_t
   return "Open Quillmont and finish setup before changing your time bank.";
 }
 
-IntentResult AdjustTimeBankIntent::perform() const {
+IntentResult AdjustTimeBankIntent::perform() const { return {adjust().dialog}; }
+
+AdjustTimeBankIntent::Adjustment AdjustTimeBankIntent::adjust() const {
   const std::int64_t amount = minutes;
   if (amount == 0 || amount < -maximumMinutes || amount > maximumMinutes) {
-    return {dialog(AdjustmentOutcome::invalidAmount, amount)};
+    return {AdjustmentOutcome::invalidAmount, dialog(AdjustmentOutcome::invalidAmount, amount)};
   }
   ModelContext context(QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup()));
   const Calendar calendar = Calendar::autoupdatingCurrent();
@@ -52,7 +54,7 @@ IntentResult AdjustTimeBankIntent::perform() const {
   const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(context, Date::now());
   WidgetSnapshotStore::save(snapshot);
   WidgetCenter::shared().reloadAllTimelines();
-  return {dialog(outcome, amount)};
+  return {outcome, dialog(outcome, amount)};
 }
 
 }  // namespace quillmont

@@ -32,9 +32,18 @@ class AdjustTimeBankIntent final : public AppIntent {
   std::vector<IntentParameterMetadata> parameters() const override {
     return {{"Minutes", IntentParameterMetadata::Control::stepper}};
   }
+  struct Adjustment {
+    AdjustmentOutcome outcome;
+    std::string dialog;
+  };
+
   /// "Adjust time bank by 30 minutes".
   std::string parameterSummary() const override;
+  /// The dialog of adjust().
   IntentResult perform() const override;
+  /// Does the work and says how it ended (hosts that tell a refusal apart
+  /// from a booking use this).
+  Adjustment adjust() const;
 
   /// The dialog of each outcome for an amount of `minutes`.
   static std::string dialog(AdjustmentOutcome outcome, std::int64_t minutes);

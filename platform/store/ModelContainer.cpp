@@ -337,7 +337,10 @@ std::int64_t ModelContainer::dataVersion() {
 
 void ModelContainer::beginWriting() { database_.execute("BEGIN IMMEDIATE", Code::saveFailed); }
 
-void ModelContainer::commitWriting() { database_.execute("COMMIT", Code::saveFailed); }
+void ModelContainer::commitWriting() {
+  database_.execute("COMMIT", Code::saveFailed);
+  ++savesCommitted_;
+}
 
 void ModelContainer::abandonWriting() noexcept {
   if (database_.isInTransaction()) sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);

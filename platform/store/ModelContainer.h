@@ -46,6 +46,9 @@ class ModelContainer {
   /// "ok", or the problems SQLite's integrity check found, one per line.
   std::string integrityCheck();
 
+  /// How many saves through this container committed changes.
+  std::uint64_t savesCommitted() const { return savesCommitted_; }
+
  private:
   friend class ModelContext;
 
@@ -81,6 +84,7 @@ class ModelContainer {
   SQLiteDatabase database_;
   SQLiteStatement dataVersion_;
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
+  std::uint64_t savesCommitted_ = 0;
 };
 
 }  // namespace quillmont

@@ -75,9 +75,9 @@ class Renderer {
     switch (view.kind) {
       case View::Kind::column: {
         // Spare lines go to flexible children, first come first served.
-        int spare = height - minimumHeight(view);
+        int spare = height - minimumHeight(view, width);
         for (const View& child : view.children) {
-          int childHeight = minimumHeight(child);
+          int childHeight = minimumHeight(child, width);
           if (isFlexible(child) && spare > 0) {
             const int flexible = std::max(1, spare / std::max(1, flexibleCount(view)));
             childHeight += std::min(spare, flexible);
@@ -105,16 +105,16 @@ class Renderer {
     return lines;
   }
 
-  int minimumHeight(const View& view) const {
+  int minimumHeight(const View& view, int width) const {
     int height = topPadding(view);
     switch (view.kind) {
       case View::Kind::column:
-        for (const View& child : view.children) height += minimumHeight(child);
+        for (const View& child : view.children) height += minimumHeight(child, width);
         return height;
       case View::Kind::spacer:
         return height + static_cast<int>(view.minLength.value_or(0) / pointsPerLine);
       case View::Kind::text:
-        return height + (isLarge(view) ? 3 : 1);
+        return height + (largeRows(view, width) ? 3 : static_cast<int>(wrapped(view, width).size()));
       default:
         return height + 1;
     }
@@ -266,7 +266,7 @@ class Renderer {
 }  // namespace
 
 Size contentSize(WidgetFamily family) {
-  return family == WidgetFamily::systemSmall ? Size{22, 7} : Size{48, 7};
+  return family == WidgetFamily::systemSmall ? Size{24, 7} : Size{48, 7};
 }
 
 int columns(const std::string& text) {

@@ -1,5 +1,5 @@
 // WidgetTerminalRendering: draws a widget's view tree as lines of text in a
-// rounded frame, the way the widget looks on a desktop: the small size 22
+// rounded frame, the way the widget looks on a desktop: the small size 24
 // columns wide, the medium size 48, both 7 lines tall. Columns stack their
 // children and share spare lines among flexible spacers; rows lay their
 // children out on one line, flexible spacers taking the spare width. Large

@@ -82,26 +82,74 @@ CommandRunner::~CommandRunner() {
 
 void CommandRunner::setEnvironment(const std::string& name, const std::string& value) { environment_[name] = value; }
 
-CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::string_view input) const {
-  std::vector<std::string> environment;
+std::unique_ptr<CommandRunner::Invocation> CommandRunner::invocation(const std::vector<std::string>& arguments) const {
+  auto call = std::make_unique<Invocation>();
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string_view entry(*variable);
     const std::string name(entry.substr(0, entry.find('=')));
-    if (!environment_.contains(name) && name != "LANG" && name != "LC_TIME") environment.emplace_back(entry);
+    if (!environment_.contains(name) && name != "LANG" && name != "LC_TIME") call->environment.emplace_back(entry);
   }
   for (const auto& [name, value] : environment_) {
-    if (!value.empty()) environment.push_back(name + "=" + value);
+    if (!value.empty()) call->environment.push_back(name + "=" + value);
   }
-  std::vector<char*> envp;
-  for (auto& entry : environment) envp.push_back(entry.data());
-  envp.push_back(nullptr);
+  for (auto& entry : call->environment) call->envp.push_back(entry.data());
+  call->envp.push_back(nullptr);
+  call->arguments.emplace_back(QUILLMONT_BINARY);
+  call->arguments.insert(call->arguments.end(), arguments.begin(), arguments.end());
+  for (auto& argument : call->arguments) call->argv.push_back(argument.data());
+  call->argv.push_back(nullptr);
+  return call;
+}
 
-  std::vector<std::string> argumentCopies{QUILLMONT_BINARY};
-  argumentCopies.insert(argumentCopies.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (auto& argument : argumentCopies) argv.push_back(argument.data());
-  argv.push_back(nullptr);
+std::unique_ptr<RunningCommand> CommandRunner::start(const std::vector<std::string>& arguments) const {
+  const auto call = invocation(arguments);
+  int out[2];
+  check(pipe2(out, O_CLOEXEC) == 0, "pipe");
+  const pid_t child = fork();
+  check(child >= 0, "fork");
+  if (child == 0) {
+    dup2(out[1], STDOUT_FILENO);
+    const int null = open("/dev/null", O_RDWR);
+    dup2(null, STDIN_FILENO);
+    dup2(null, STDERR_FILENO);
+    signal(SIGPIPE, SIG_DFL);
+    execve(call->argv[0], call->argv.data(), call->envp.data());
+    _exit(127);
+  }
+  close(out[1]);
+  return std::make_unique<RunningCommand>(child, out[0]);
+}
 
+RunningCommand::~RunningCommand() {
+  kill(process_, SIGTERM);
+  int status = 0;
+  while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
+  }
+  close(output_);
+}
+
+std::optional<std::string> RunningCommand::readLine(int timeoutMilliseconds) {
+  for (;;) {
+    if (const auto end = buffered_.find('\n'); end != std::string::npos) {
+      std::string line = buffered_.substr(0, end);
+      buffered_.erase(0, end + 1);
+      return line;
+    }
+    pollfd watched{output_, POLLIN, 0};
+    const int ready = poll(&watched, 1, timeoutMilliseconds);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return std::nullopt;
+    std::array<char, 4096> buffer{};
+    const ssize_t count = read(output_, buffer.data(), buffer.size());
+    if (count <= 0) return std::nullopt;
+    buffered_.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+}
+
+CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::string_view input) const {
+  const auto call = invocation(arguments);
+  auto& argv = call->argv;
+  auto& envp = call->envp;
   int in[2], out[2], err[2];
   check(pipe2(in, O_CLOEXEC) == 0 && pipe2(out, O_CLOEXEC) == 0 && pipe2(err, O_CLOEXEC) == 0, "pipe");
   const pid_t child = fork();

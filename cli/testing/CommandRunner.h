@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +18,25 @@ struct CommandResult {
   int exitCode = -1;
   std::string out;
   std::string err;
+};
+
+/// A program left running (`quillmont widget show --follow`): its standard
+/// output is read a line at a time; it is killed when this goes away.
+class RunningCommand {
+ public:
+  RunningCommand(int processIdentifier, int outputDescriptor) : process_(processIdentifier), output_(outputDescriptor) {}
+  ~RunningCommand();
+  RunningCommand(const RunningCommand&) = delete;
+  RunningCommand& operator=(const RunningCommand&) = delete;
+
+  /// The next line of standard output without its line feed; nothing when
+  /// none came within `timeoutMilliseconds` or the program ended.
+  std::optional<std::string> readLine(int timeoutMilliseconds = 10'000);
+
+ private:
+  int process_;
+  int output_;
+  std::string buffered_;
 };
 
 class CommandRunner {
@@ -34,11 +55,22 @@ class CommandRunner {
 
   /// Runs `quillmont arguments...` with `input` on its standard input and waits for it.
   CommandResult run(const std::vector<std::string>& arguments, std::string_view input = {}) const;
+  /// Starts `quillmont arguments...` and leaves it running; standard error is discarded.
+  std::unique_ptr<RunningCommand> start(const std::vector<std::string>& arguments) const;
 
   /// Points this test process at the program's store: its data home and entitlements.
   void shareStoreWithThisProcess() const;
 
  private:
+  /// The program's environment and arguments as execve wants them.
+  struct Invocation {
+    std::vector<std::string> environment;
+    std::vector<std::string> arguments;
+    std::vector<char*> envp;
+    std::vector<char*> argv;
+  };
+  std::unique_ptr<Invocation> invocation(const std::vector<std::string>& arguments) const;
+
   std::filesystem::path home_;
   std::map<std::string, std::string> environment_;
 };

@@ -31,7 +31,10 @@ void TimeBankProvider::getTimeline(const TimelineProviderContext&,
 }
 
 Date TimeBankProvider::nextReload(Date now, const Calendar& calendar) {
-  if (const auto next = calendar.dateByAddingDays(1, calendar.startOfDay(now))) return *next;
+  // A day whose midnight a daylight-saving change skipped starts later
+  // (01:00 in São Paulo on 2018-11-04); one day after that start is not the
+  // next day's start, so take the start of the day it falls on.
+  if (const auto next = calendar.dateByAddingDays(1, calendar.startOfDay(now))) return calendar.startOfDay(*next);
   return now + fallbackReloadInterval;
 }
 

@@ -130,7 +130,9 @@ bool UserDefaults::write(std::string_view key, Kind kind, std::string_view bytes
   std::filesystem::create_directories(folder_, error);
   if (error) return false;
   ::chmod(folder_.c_str(), 0700);
-  std::string temporary = (folder_ / ("." + encodedName(key) + ".XXXXXX")).string();
+  std::string name(1, '.');
+  name.append(encodedName(key)).append(".XXXXXX");
+  std::string temporary = (folder_ / name).string();
   FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));  // created 0600
   if (file.get() < 0) return false;
   const char tag = static_cast<char>(kind);

@@ -20,6 +20,7 @@
 #include "cli/UsageError.h"
 #include "cli/WidgetCommands.h"
 #include "cli/WorkCommands.h"
+#include "platform/foundation/ProcessEntitlements.h"
 
 #ifndef QUILLMONT_VERSION
 #define QUILLMONT_VERSION "unknown"
@@ -32,8 +33,9 @@ constexpr const char* footer = R"(Durations: 90, -45, 1:30, -0:45, 1h30m, -2h, 4
 Days: YYYY-MM-DD, today, yesterday. Times: "YYYY-MM-DD HH:MM" or HH:MM (today).
 
 Environment:
-  QUILLMONT_HOME   folder for Quillmont's data instead of $XDG_DATA_HOME/quillmont
-  NO_COLOR         set to turn colour off
+  QUILLMONT_HOME          folder for Quillmont's data instead of $XDG_DATA_HOME/quillmont
+  QUILLMONT_ENTITLEMENTS  a JSON file that replaces the program's own entitlements (tests)
+  NO_COLOR                set to turn colour off
 
 Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 
@@ -97,6 +99,12 @@ int run(int argc, char** argv) {
   }
 
   if (!dataHome.empty()) useDataHome(dataHome);
+  // A damaged override must not quietly leave this program without the
+  // group, which would show it another, empty store.
+  if (const auto problem = ProcessEntitlements::overrideProblem()) {
+    reportFailure(*problem);
+    return 1;
+  }
   try {
     commands.chosen(OverviewCommand::run)();
     std::cout.flush();

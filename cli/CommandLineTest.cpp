@@ -86,10 +86,35 @@ TEST(CommandLine, DataHomeOptionAndVariableChooseTheStore) {
   // The home of QUILLMONT_HOME saw none of it.
   EXPECT_THAT(quillmont.run({"overview", "--json"}).out, HasSubstr("\"todayCreditSeconds\" : 0"));
 
-  // Without the application group the program keeps a store of its own.
-  quillmont.setEnvironment("QUILLMONT_ENTITLEMENTS", (quillmont.home() / "missing.json").string());
+  // A program truly without the application group keeps a store of its own.
+  quillmont.setEnvironment("QUILLMONT_ENTITLEMENTS", testing::writeTemporaryFile(quillmont.home(), "none.json", "{}"));
   ASSERT_EQ(quillmont.run({"book", "15"}).exitCode, 0);
   EXPECT_TRUE(std::filesystem::exists(quillmont.home() / "data" / "quillmont" / "Quillmont.store"));
+}
+
+TEST(CommandLine, AnEntitlementsOverrideThatCannotBeReadIsAnErrorNeverAnotherStore) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"book", "30"}).exitCode, 0);
+  const auto home = quillmont.home();
+  std::filesystem::create_directory(home / "folder.json");
+  for (const auto& overridePath :
+       {home / "missing.json", testing::writeTemporaryFile(home, "empty.json", ""),
+        testing::writeTemporaryFile(home, "broken.json", "{ this is not json"),
+        testing::writeTemporaryFile(home, "binary.json", std::string("\x00\xff\x13", 3)),
+        testing::writeTemporaryFile(home, "list.json", "[\"group.io.quillmont.ledger\"]"), home / "folder.json"}) {
+    quillmont.setEnvironment("QUILLMONT_ENTITLEMENTS", overridePath.string());
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{"book", "30"}, {}, {"widget", "show"}, {"doctor"}}) {
+      const auto refused = quillmont.run(command);
+      EXPECT_EQ(refused.exitCode, 1) << overridePath;
+      EXPECT_THAT(refused.err, HasSubstr("QUILLMONT_ENTITLEMENTS")) << overridePath;
+    }
+  }
+  EXPECT_FALSE(std::filesystem::exists(home / "data" / "quillmont")) << "no second store was made";
+  quillmont.setEnvironment("QUILLMONT_ENTITLEMENTS", "");
+  // Without an override the program's own entitlements grant the group.
+  EXPECT_THAT(quillmont.run({"overview", "--json"}).out, HasSubstr("\"todayCreditSeconds\" : 1800"));
+  EXPECT_THAT(quillmont.run({"doctor"}).out, HasSubstr("built into quillmont"));
 }
 
 TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {

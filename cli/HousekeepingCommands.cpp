@@ -19,6 +19,7 @@
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 #include "platform/foundation/ContainerDirectories.h"
+#include "core/widgetstate/WidgetSnapshotStore.h"
 #include "platform/foundation/ProcessEntitlements.h"
 
 namespace quillmont::HousekeepingCommands {
@@ -46,14 +47,26 @@ void doctor() {
   const char* home = std::getenv("QUILLMONT_HOME");
   row("Data home", ContainerDirectories::dataHome().string() +
                        (home != nullptr && *home != '\0' ? " (from QUILLMONT_HOME)" : ""));
-  const char* overridden = std::getenv("QUILLMONT_ENTITLEMENTS");
-  const std::filesystem::path entitlementsPath =
-      overridden != nullptr && *overridden != '\0' ? overridden : ProcessEntitlements::installedPath();
-  const bool readable = ProcessEntitlements::current().has_value();
-  row("Entitlements", entitlementsPath.string() + (readable ? "" : " (missing or unreadable)"));
+  switch (ProcessEntitlements::source()) {
+    case ProcessEntitlements::Source::builtIn:
+      row("Entitlements", "built into quillmont");
+      break;
+    case ProcessEntitlements::Source::overridden:
+      row("Entitlements", "from " + ProcessEntitlements::overridePath()->string() + " (QUILLMONT_ENTITLEMENTS)");
+      break;
+    case ProcessEntitlements::Source::none:
+      row("Entitlements", "none");
+      break;
+  }
   const bool group = RuntimeEntitlements::hasUsableAppGroup();
   row("Application group", group ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
                                  : "not usable: the store is private to this program");
+  const UserDefaults widgetDefaults = WidgetSnapshotStore::sharedDefaults();
+  const WidgetSnapshot snapshot = WidgetSnapshotStore::load(widgetDefaults);
+  row("Widget snapshot", widgetDefaults.fileFor(AppConstants::widgetSnapshotKey).string() +
+                             (widgetDefaults.data(AppConstants::widgetSnapshotKey)
+                                  ? (snapshot.isConfigured ? "" : " (shows the set-up message)")
+                                  : " (none yet)"));
   row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
                         " (stores are never synchronised here)");
 

@@ -11,10 +11,10 @@ run(${CMAKE_COMMAND} --install ${BINARY_DIR} --prefix ${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/build -G Ninja -DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 run(${WORK_DIR}/build/consumer)
-# The installed program finds the installed entitlements, so it uses the shared group folder.
+# The installed program carries its entitlements, so it uses the shared group folder.
 run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/bin/quillmont doctor)
 foreach(installed share/applications/quillmont.desktop share/bash-completion/completions/quillmont
-                  share/quillmont/entitlements.json lib/cmake/Quillmont/QuillmontConfig.cmake)
+                  lib/cmake/Quillmont/QuillmontConfig.cmake)
   if(NOT EXISTS ${WORK_DIR}/prefix/${installed})
     message(FATAL_ERROR "not installed: ${installed}")
   endif()

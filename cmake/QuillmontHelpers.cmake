@@ -43,3 +43,14 @@ function(quillmont_tests)
   quillmont_warnings(${ARG_NAME})
   gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "TZ=UTC")
 endfunction()
+
+# quillmont_embed_entitlements(<target> <json file>): builds the program's
+# entitlements into it, as a code signature would fix them; they are handed
+# to ProcessEntitlements before main() runs.
+function(quillmont_embed_entitlements target json)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${json})
+  file(READ ${json} QUILLMONT_ENTITLEMENTS_JSON)
+  set(generated ${CMAKE_CURRENT_BINARY_DIR}/${target}Entitlements.cpp)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/ProgramEntitlements.cpp.in ${generated} @ONLY)
+  target_sources(${target} PRIVATE ${generated})
+endfunction()

@@ -1,12 +1,9 @@
 # Installation: the libraries with their headers and a CMake package
-# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the entitlements
-# file that lets the command line and the widget share one store, and the
-# desktop integration files.
+# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the program
+# (its entitlements are built into it) and the desktop integration files.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# Binaries in the build tree find the entitlements beside them, as installed ones do.
-configure_file(${PROJECT_SOURCE_DIR}/share/entitlements.json ${PROJECT_BINARY_DIR}/share/quillmont/entitlements.json COPYONLY)
 
 install(TARGETS QuillmontPlatform QuillmontKit QuillmontWidget EXPORT QuillmontTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -25,7 +22,6 @@ install(FILES ${PROJECT_BINARY_DIR}/QuillmontConfig.cmake ${PROJECT_BINARY_DIR}/
 if(TARGET quillmont)
   install(TARGETS quillmont RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-install(FILES ${PROJECT_SOURCE_DIR}/share/entitlements.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillmont)
 install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)

@@ -1,75 +1,106 @@
 #include "platform/foundation/ProcessEntitlements.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
+
+#include <simdjson.h>
 
 namespace quillmont {
 namespace {
 
-// The small document is parsed afresh per question: entitlement answers are
-// never cached, and the file is a few hundred bytes.
-template <class Visit>
-void withValue(const std::string& json, std::string_view key, Visit visit) {
-  simdjson::dom::parser parser;
-  simdjson::dom::element root;
-  if (parser.parse(json).get(root)) return;
-  simdjson::dom::element value;
-  if (root.at_key(key).get(value)) return;
-  visit(value);
+std::optional<ProcessEntitlements>& builtIn() {
+  static std::optional<ProcessEntitlements> entitlements;
+  return entitlements;
+}
+
+struct OverrideFile {
+  std::optional<ProcessEntitlements> entitlements;
+  std::optional<std::string> problem;
+};
+
+OverrideFile readOverride(const std::filesystem::path& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) return {std::nullopt, "is a folder"};
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return {std::nullopt, std::string("cannot be read: ") + std::strerror(errno)};
+  std::ostringstream contents;
+  contents << file.rdbuf();
+  auto entitlements = ProcessEntitlements::fromJSON(contents.str());
+  if (!entitlements) return {std::nullopt, "is not a JSON object"};
+  return {std::move(entitlements), std::nullopt};
 }
 
 }  // namespace
 
-std::filesystem::path ProcessEntitlements::installedPath() {
-  std::error_code error;
-  const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) return {};
-  return executable.parent_path().parent_path() / "share" / "quillmont" / "entitlements.json";
+std::optional<std::filesystem::path> ProcessEntitlements::overridePath() {
+  const char* overridden = std::getenv("QUILLMONT_ENTITLEMENTS");
+  if (overridden == nullptr || *overridden == '\0') return std::nullopt;
+  return std::filesystem::path(overridden);
+}
+
+ProcessEntitlements::Source ProcessEntitlements::source() {
+  if (overridePath()) return Source::overridden;
+  return builtIn() ? Source::builtIn : Source::none;
+}
+
+std::optional<std::string> ProcessEntitlements::overrideProblem() {
+  const auto path = overridePath();
+  if (!path) return std::nullopt;
+  auto problem = readOverride(*path).problem;
+  if (!problem) return std::nullopt;
+  return "the entitlements file " + path->string() + " named by QUILLMONT_ENTITLEMENTS " + *problem;
 }
 
 std::optional<ProcessEntitlements> ProcessEntitlements::current() {
-  const char* overridden = std::getenv("QUILLMONT_ENTITLEMENTS");
-  const std::filesystem::path path = overridden != nullptr && *overridden != '\0' ? overridden : installedPath();
-  if (path.empty()) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::ostringstream contents;
-  contents << file.rdbuf();
-  return fromJSON(contents.str());
+  if (const auto path = overridePath()) return readOverride(*path).entitlements;
+  return builtIn();
 }
+
+void ProcessEntitlements::embed(std::string_view json) { builtIn() = fromJSON(json); }
 
 std::optional<ProcessEntitlements> ProcessEntitlements::fromJSON(std::string_view json) {
   simdjson::dom::parser parser;
-  simdjson::dom::element root;
-  if (parser.parse(json.data(), json.size()).get(root) || !root.is_object()) return std::nullopt;
-  return ProcessEntitlements(std::string(json));
+  simdjson::dom::object root;
+  if (parser.parse(json.data(), json.size()).get(root)) return std::nullopt;
+  ProcessEntitlements entitlements;
+  for (const auto field : root) {
+    Value value = Other{};
+    std::string_view text;
+    simdjson::dom::array list;
+    if (!field.value.get(text)) {
+      value = std::string(text);
+    } else if (!field.value.get(list)) {
+      std::vector<std::string> texts;
+      bool allTexts = true;
+      for (const simdjson::dom::element element : list) {
+        if (element.get(text)) {
+          allTexts = false;
+          break;
+        }
+        texts.emplace_back(text);
+      }
+      if (allTexts) value = std::move(texts);
+    }
+    entitlements.values_.emplace(std::string(field.key), std::move(value));  // the first of twin keys counts
+  }
+  return entitlements;
 }
 
 std::optional<std::string> ProcessEntitlements::string(std::string_view key) const {
-  std::optional<std::string> result;
-  withValue(json_, key, [&](simdjson::dom::element value) {
-    std::string_view text;
-    if (!value.get(text)) result = std::string(text);
-  });
-  return result;
+  const auto found = values_.find(key);
+  if (found == values_.end()) return std::nullopt;
+  if (const auto* text = std::get_if<std::string>(&found->second)) return *text;
+  return std::nullopt;
 }
 
 std::vector<std::string> ProcessEntitlements::stringList(std::string_view key) const {
-  std::vector<std::string> result;
-  withValue(json_, key, [&](simdjson::dom::element value) {
-    simdjson::dom::array list;
-    if (value.get(list)) return;
-    for (const simdjson::dom::element element : list) {
-      std::string_view text;
-      if (element.get(text)) {
-        result.clear();
-        return;
-      }
-      result.emplace_back(text);
-    }
-  });
-  return result;
+  const auto found = values_.find(key);
+  if (found == values_.end()) return {};
+  if (const auto* texts = std::get_if<std::vector<std::string>>(&found->second)) return *texts;
+  return {};
 }
 
 }  // namespace quillmont

@@ -6,9 +6,14 @@
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <string>
 
 namespace quillmont {
 namespace {
@@ -48,6 +53,24 @@ std::string localeFromEnvironment() {
   return "en_US_POSIX";
 }
 
+// What decides the host's zone: $TZ when set, else /etc/localtime (where
+// it points, and when it last changed).
+std::string hostZoneKey() {
+  if (const char* zone = std::getenv("TZ")) return std::string("TZ=") + zone;
+  std::string key = "localtime:";
+  struct stat status {};
+  if (::lstat("/etc/localtime", &status) == 0) {
+    key += std::to_string(status.st_ino) + ':' + std::to_string(status.st_mtim.tv_sec) + ':' +
+           std::to_string(status.st_mtim.tv_nsec);
+    if (S_ISLNK(status.st_mode)) {
+      std::array<char, 512> target{};
+      const ssize_t length = ::readlink("/etc/localtime", target.data(), target.size());
+      if (length > 0) key.append(target.data(), static_cast<std::size_t>(length));
+    }
+  }
+  return key;
+}
+
 int weekdayOfLocalDay(std::int64_t localDay) {
   // Day 0 (1970-01-01) was a Thursday, weekday 5.
   return static_cast<int>(((localDay % 7 + 7) % 7 + 4) % 7) + 1;
@@ -76,10 +99,24 @@ std::optional<Calendar> Calendar::make(std::string_view timeZoneIdentifier, std:
 }
 
 Calendar Calendar::autoupdatingCurrent() {
-  const icu::Locale locale(localeFromEnvironment().c_str());
-  auto calendar = makeICUCalendar(icu::TimeZone::detectHostTimeZone(), locale);
-  if (!calendar) calendar = makeICUCalendar(icu::TimeZone::createTimeZone("UTC"), icu::Locale("en_US_POSIX"));
-  return Calendar(std::move(calendar));
+  // Building an ICU calendar resolves the zone and the locale's week rules,
+  // which costs more than all else a widget request does. The same zone and
+  // locale give the same calendar, so each thread keeps the last one it
+  // built and hands out copies until $TZ, the system's zone or the locale
+  // changes.
+  const std::string localeIdentifier = localeFromEnvironment();
+  std::string key = hostZoneKey();
+  key += '\n';
+  key += localeIdentifier;
+  thread_local std::string builtFor;
+  thread_local std::unique_ptr<Calendar> built;
+  if (!built || key != builtFor) {
+    auto calendar = makeICUCalendar(icu::TimeZone::detectHostTimeZone(), icu::Locale(localeIdentifier.c_str()));
+    if (!calendar) calendar = makeICUCalendar(icu::TimeZone::createTimeZone("UTC"), icu::Locale("en_US_POSIX"));
+    built = std::make_unique<Calendar>(Calendar(std::move(calendar)));
+    builtFor = std::move(key);
+  }
+  return *built;
 }
 
 std::string Calendar::timeZoneIdentifier() const {

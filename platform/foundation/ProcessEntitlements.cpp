@@ -65,7 +65,7 @@ std::optional<ProcessEntitlements> ProcessEntitlements::fromJSON(std::string_vie
   simdjson::dom::parser parser;
   simdjson::dom::object root;
   if (parser.parse(json.data(), json.size()).get(root)) return std::nullopt;
-  ProcessEntitlements entitlements;
+  auto values = std::make_shared<Values>();
   for (const auto field : root) {
     Value value = Other{};
     std::string_view text;
@@ -84,21 +84,21 @@ std::optional<ProcessEntitlements> ProcessEntitlements::fromJSON(std::string_vie
       }
       if (allTexts) value = std::move(texts);
     }
-    entitlements.values_.emplace(std::string(field.key), std::move(value));  // the first of twin keys counts
+    values->emplace(std::string(field.key), std::move(value));  // the first of twin keys counts
   }
-  return entitlements;
+  return ProcessEntitlements(std::move(values));
 }
 
 std::optional<std::string> ProcessEntitlements::string(std::string_view key) const {
-  const auto found = values_.find(key);
-  if (found == values_.end()) return std::nullopt;
+  const auto found = values_->find(key);
+  if (found == values_->end()) return std::nullopt;
   if (const auto* text = std::get_if<std::string>(&found->second)) return *text;
   return std::nullopt;
 }
 
 std::vector<std::string> ProcessEntitlements::stringList(std::string_view key) const {
-  const auto found = values_.find(key);
-  if (found == values_.end()) return {};
+  const auto found = values_->find(key);
+  if (found == values_->end()) return {};
   if (const auto* texts = std::get_if<std::vector<std::string>>(&found->second)) return *texts;
   return {};
 }

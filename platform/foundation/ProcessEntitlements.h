@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,8 +52,11 @@ class ProcessEntitlements {
   struct Other {};
   using Value = std::variant<std::string, std::vector<std::string>, Other>;
 
-  ProcessEntitlements() = default;
-  std::map<std::string, Value, std::less<>> values_;
+  using Values = std::map<std::string, Value, std::less<>>;
+
+  explicit ProcessEntitlements(std::shared_ptr<const Values> values) : values_(std::move(values)) {}
+  /// Shared: copies of one process's entitlements cost nothing.
+  std::shared_ptr<const Values> values_;
 };
 
 }  // namespace quillmont

@@ -103,12 +103,11 @@ bool UserDefaults::removeObject(std::string_view key) const {
 
 std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) const {
   if (key.empty()) return std::nullopt;
-  FileDescriptor file(::open(fileFor(key).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  // Non-blocking, so a pipe put in a key's place cannot hang a reader; a
+  // folder fails at read().
+  FileDescriptor file(::open(fileFor(key).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (file.get() < 0) return std::nullopt;
-  struct stat status {};
-  if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
   std::string contents;
-  contents.reserve(static_cast<std::size_t>(status.st_size));
   std::array<char, 4096> buffer;
   for (;;) {
     const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
@@ -116,8 +115,10 @@ std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) c
       if (errno == EINTR) continue;
       return std::nullopt;
     }
-    if (count == 0) break;
     contents.append(buffer.data(), static_cast<std::size_t>(count));
+    // A regular file returns less than asked only at its end: one call
+    // reads a small entry whole.
+    if (static_cast<std::size_t>(count) < buffer.size()) break;
   }
   if (contents.empty() || contents.front() != static_cast<char>(kind)) return std::nullopt;
   contents.erase(0, 1);

@@ -25,8 +25,8 @@
 #include <string>
 #include <vector>
 
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/archive/TimeBankArchive.h"
+#include "core/persistence/QuillmontPersistence.h"
 #include "platform/foundation/JsonReader.h"
 #include "platform/store/ModelContext.h"
 

@@ -6,8 +6,8 @@
 
 #include "bench/SyntheticLedger.h"
 #include "core/engine/DataStoreMaintenance.h"
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/ledger/TimeBankTransactionController.h"
+#include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
 namespace {

@@ -11,14 +11,14 @@
 #include "cli/ProgressLine.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/archive/LegacyPrototypeImport.h"
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/archive/TimeBankArchive.h"
 #include "core/archive/TimeBankArchiveError.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/QuillmontPersistence.h"
 #include "platform/foundation/JsonReader.h"
 
 namespace quillmont::ArchiveCommands {

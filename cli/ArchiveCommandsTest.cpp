@@ -4,9 +4,9 @@
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/archive/LegacyPrototypeImport.h"
 #include "core/archive/TimeBankArchiveError.h"
+#include "core/ledger/BalanceAdjustment.h"
 
 namespace quillmont {
 namespace {

@@ -13,11 +13,11 @@
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
-#include "core/engine/ManualLedgerMigration.h"
-#include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/TimeBankTransactionController.h"
 #include "platform/foundation/Text.h"
 

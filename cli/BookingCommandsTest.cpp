@@ -4,9 +4,9 @@
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
+#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/CustomAdjustmentCategory.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/TimeBankSettings.h"
 
 namespace quillmont {

@@ -12,11 +12,11 @@
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/engine/TimeBankCalculator.h"
-#include "core/reports/TimeBankReporting.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/reports/TimeBankReporting.h"
 
 namespace quillmont::ReportCommands {
 namespace {

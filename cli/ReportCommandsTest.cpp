@@ -6,12 +6,12 @@
 #include "cli/DateInput.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/engine/TimeBankCalculator.h"
-#include "core/reports/TimeBankReporting.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/reports/TimeBankReporting.h"
 
 namespace quillmont {
 namespace {

@@ -21,13 +21,14 @@
 namespace quillmont {
 namespace {
 
+using testing::CommandRunner;
 using ::testing::HasSubstr;
 using ::testing::Not;
-using testing::CommandRunner;
 using testing::StoreProbe;
 
 void setUp(CommandRunner& quillmont) {
-  const auto setup = quillmont.run({"setup", "--start", "2026-01-05", "--balance", "10:00", "--week", "8h,8h,8h,8h,8h,0,0"});
+  const auto setup =
+      quillmont.run({"setup", "--start", "2026-01-05", "--balance", "10:00", "--week", "8h,8h,8h,8h,8h,0,0"});
   ASSERT_EQ(setup.exitCode, 0) << setup.err;
 }
 
@@ -65,8 +66,9 @@ TEST(WidgetCommands, ShowsTheSetUpMessageUntilTheBankIsSetUpThenTheBalanceBookin
   EXPECT_THAT(json.out, HasSubstr("\"parameterSummary\" : \"Adjust time bank by 60 minutes\""));
   EXPECT_THAT(json.out, HasSubstr("\"url\" : \"quillmont://overview\""));
   const auto waybar = quillmont.run({"widget", "show", "--format", "waybar"});
-  EXPECT_EQ(waybar.out, "{\"text\":\"+9:15\",\"tooltip\":\"Time bank +9:15\\n\u22120:45 today (+0:00 added, "
-                        "\u22120:45 subtracted)\",\"class\":\"positive\"}\n");
+  EXPECT_EQ(waybar.out,
+            "{\"text\":\"+9:15\",\"tooltip\":\"Time bank +9:15\\n\u22120:45 today (+0:00 added, "
+            "\u22120:45 subtracted)\",\"class\":\"positive\"}\n");
   const auto text = quillmont.run({"widget", "show", "--size", "medium"});
   EXPECT_THAT(text.out, HasSubstr("\u22120:45 today"));
   EXPECT_THAT(text.out, HasSubstr("[ \u2212 ] [ + ]"));

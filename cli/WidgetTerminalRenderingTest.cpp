@@ -40,26 +40,30 @@ TEST(WidgetTerminalRendering, EveryLineFillsTheFrameInBothSizesWithAndWithoutCol
 }
 
 TEST(WidgetTerminalRendering, ShowsTheBalanceInLargeDigitsWhenItFitsAndAsTextWhenItDoesNot) {
-  const auto fits = joined(WidgetTerminalRendering::render(widget(16200, WidgetFamily::systemSmall), WidgetFamily::systemSmall, false));
+  const auto fits = joined(
+      WidgetTerminalRendering::render(widget(16200, WidgetFamily::systemSmall), WidgetFamily::systemSmall, false));
   EXPECT_THAT(fits, HasSubstr("╺╋╸ ┗━┫╏╺━┫ ┃ ┃"));  // the middle row of +4:30
   EXPECT_THAT(fits, Not(HasSubstr("+4:30")));
   // 1234:56 is too wide for the small widget's digits: it shrinks to text.
-  const auto wide = joined(WidgetTerminalRendering::render(widget(-(1234 * 3600.0 + 56 * 60), WidgetFamily::systemSmall),
-                                                           WidgetFamily::systemSmall, false));
+  const auto wide = joined(WidgetTerminalRendering::render(
+      widget(-(1234 * 3600.0 + 56 * 60), WidgetFamily::systemSmall), WidgetFamily::systemSmall, false));
   EXPECT_THAT(wide, HasSubstr("\u22121234:56"));
 }
 
 TEST(WidgetTerminalRendering, TheMediumSizeShowsTodayBesideTheButtonsAndTheSmallOneDoesNot) {
-  const auto medium = joined(WidgetTerminalRendering::render(widget(0, WidgetFamily::systemMedium), WidgetFamily::systemMedium, false));
+  const auto medium =
+      joined(WidgetTerminalRendering::render(widget(0, WidgetFamily::systemMedium), WidgetFamily::systemMedium, false));
   EXPECT_THAT(medium, HasSubstr("\u22120:30 today"));
   EXPECT_THAT(medium, HasSubstr("[ \u2212 ] [ + ] │"));  // pushed to the trailing edge
-  const auto small = joined(WidgetTerminalRendering::render(widget(0, WidgetFamily::systemSmall), WidgetFamily::systemSmall, false));
+  const auto small =
+      joined(WidgetTerminalRendering::render(widget(0, WidgetFamily::systemSmall), WidgetFamily::systemSmall, false));
   EXPECT_THAT(small, Not(HasSubstr("today")));
   EXPECT_THAT(small, HasSubstr("│ [ \u2212 ] [ + ]"));
 }
 
 TEST(WidgetTerminalRendering, TheSetUpMessageSitsAtTheBottomAndWrapsWithinTheFrame) {
-  const auto lines = WidgetTerminalRendering::render(widget(0, WidgetFamily::systemMedium, false), WidgetFamily::systemMedium, false);
+  const auto lines =
+      WidgetTerminalRendering::render(widget(0, WidgetFamily::systemMedium, false), WidgetFamily::systemMedium, false);
   EXPECT_THAT(lines[7], HasSubstr("Open Quillmont to prepare your manual time bank."));
   EXPECT_THAT(lines[6], HasSubstr("Set up your time bank"));
 }

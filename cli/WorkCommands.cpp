@@ -13,8 +13,8 @@
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
 #include "core/engine/DataStoreMaintenance.h"
-#include "core/ledger/NoteValidation.h"
 #include "core/engine/TimerSessionController.h"
+#include "core/ledger/NoteValidation.h"
 #include "core/ledger/WorkEntry.h"
 
 namespace quillmont::WorkCommands {

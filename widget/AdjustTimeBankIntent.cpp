@@ -48,7 +48,8 @@ AdjustTimeBankIntent::Adjustment AdjustTimeBankIntent::adjust() const {
 
   AdjustmentOutcome outcome = AdjustmentOutcome::needsSetup;
   if (settings->hasCompletedOnboarding()) {
-    TimeBankTransactionController::record(amount, Date::now(), "", BalanceAdjustmentKind(BalanceAdjustmentKind::manual).rawValue(), context);
+    const BalanceAdjustmentKind manual = BalanceAdjustmentKind::manual;
+    TimeBankTransactionController::record(amount, Date::now(), "", manual.rawValue(), context);
     outcome = AdjustmentOutcome::recorded;
   }
   const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(context, Date::now());

@@ -15,13 +15,14 @@ constexpr std::int64_t quickAdjustmentMinutes = 60;
 View header() {
   View leaf = View::image("leaf.fill", Color::mint());
   leaf.accessibility.hidden = true;
-  return View::row(std::nullopt, {leaf, View::label("Quillmont", Font::of(Font::Style::caption).weighted(Font::Weight::semibold)),
-                                  View::spacer()});
+  return View::row(std::nullopt,
+                   {leaf, View::label("Quillmont", Font::of(Font::Style::caption).weighted(Font::Weight::semibold)),
+                    View::spacer()});
 }
 
 View setUpContent(WidgetFamily family) {
   View hint = View::label(family == WidgetFamily::systemSmall ? "Open Quillmont to begin."
-                                                             : "Open Quillmont to prepare your manual time bank.",
+                                                              : "Open Quillmont to prepare your manual time bank.",
                           Font::of(Font::Style::caption));
   hint.isSecondary = true;
   View column =
@@ -32,9 +33,9 @@ View setUpContent(WidgetFamily family) {
 
 View balance(const WidgetSnapshot& snapshot, WidgetFamily family) {
   const bool small = family == WidgetFamily::systemSmall;
-  View text = View::label(DurationFormatting::clock(snapshot.balanceSeconds, true),
-                          Font::system(small ? 42 : 46, Font::Weight::semibold, Font::Design::rounded)
-                              .withMonospacedDigits());
+  View text =
+      View::label(DurationFormatting::clock(snapshot.balanceSeconds, true),
+                  Font::system(small ? 42 : 46, Font::Weight::semibold, Font::Design::rounded).withMonospacedDigits());
   text.lineLimit = 1;
   text.minimumScaleFactor = 0.58;
   text.padding.top = small ? 20 : 14;
@@ -58,8 +59,8 @@ View adjustButton(std::int64_t minutes) {
 View actionRow(const WidgetSnapshot& snapshot, WidgetFamily family) {
   std::vector<View> children;
   if (family == WidgetFamily::systemMedium) {
-    View today = View::label(TimeBankWidgetView::todayText(snapshot),
-                             Font::of(Font::Style::caption2).withMonospacedDigits());
+    View today =
+        View::label(TimeBankWidgetView::todayText(snapshot), Font::of(Font::Style::caption2).withMonospacedDigits());
     today.isSecondary = true;
     children.push_back(std::move(today));
     children.push_back(View::spacer());

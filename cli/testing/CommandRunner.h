@@ -24,7 +24,8 @@ struct CommandResult {
 /// output is read a line at a time; it is killed when this goes away.
 class RunningCommand {
  public:
-  RunningCommand(int processIdentifier, int outputDescriptor) : process_(processIdentifier), output_(outputDescriptor) {}
+  RunningCommand(int processIdentifier, int outputDescriptor)
+      : process_(processIdentifier), output_(outputDescriptor) {}
   ~RunningCommand();
   RunningCommand(const RunningCommand&) = delete;
   RunningCommand& operator=(const RunningCommand&) = delete;

@@ -12,11 +12,11 @@
 #include "core/ledger/AdjustmentKindConfiguration.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
-#include "core/persistence/QuillmontPersistence.h"
-#include "core/persistence/RuntimeEntitlements.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "core/persistence/RuntimeEntitlements.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/store/ModelContext.h"
 

@@ -6,16 +6,16 @@
 #include <type_traits>
 #include <unordered_map>
 
+#include "core/archive/TimeBankArchiveError.h"
+#include "core/engine/DataStoreMaintenance.h"
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/engine/TimerSessionController.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/AdjustmentKindConfiguration.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
-#include "core/engine/DataStoreMaintenance.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/NoteValidation.h"
 #include "core/ledger/QuickActionConfiguration.h"
 #include "core/ledger/RecordTimestampValidation.h"
-#include "core/archive/TimeBankArchiveError.h"
-#include "core/engine/TimerSessionController.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/JsonReader.h"
 #include "platform/foundation/JsonWriter.h"

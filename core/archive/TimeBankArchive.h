@@ -24,8 +24,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/archive/TimeBankArchiveMergeResult.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/archive/TimeBankArchiveError.h"
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/persistence/QuillmontPersistence.h"
-#include "core/archive/TimeBankArchiveError.h"
 
 namespace quillmont {
 namespace {

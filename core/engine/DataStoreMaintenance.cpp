@@ -5,16 +5,16 @@
 #include <unordered_map>
 #include <tuple>
 
+#include "core/engine/ManualLedgerMigration.h"
+#include "core/engine/RecordChoice.h"
+#include "core/engine/TimeBankDateBounds.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/AdjustmentKindConfiguration.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/NoteValidation.h"
 #include "core/ledger/QuickActionConfiguration.h"
-#include "core/engine/RecordChoice.h"
 #include "core/ledger/RecordTimestampValidation.h"
-#include "core/engine/TimeBankDateBounds.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/engine/ManualLedgerMigration.h"
-#include "core/persistence/QuillmontPersistence.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
 namespace {

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <tuple>
 
-#include "core/persistence/AppConstants.h"
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/RecordChoice.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/AppConstants.h"
 
 namespace quillmont::ManualLedgerMigration {
 namespace {

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "core/engine/DataStoreMaintenance.h"
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
 namespace {

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "core/engine/TimeBankDateBounds.h"
-#include "core/ledger/WeekdayMinutes.h"
 #include "core/engine/WorkIntervals.h"
+#include "core/ledger/WeekdayMinutes.h"
 
 namespace quillmont::TimeBankCalculator {
 namespace detail {

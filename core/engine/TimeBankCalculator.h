@@ -20,8 +20,8 @@
 #include <span>
 #include <vector>
 
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/engine/DayBalance.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"

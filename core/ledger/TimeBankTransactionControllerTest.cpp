@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/ledger/TimeBankTransactionError.h"
+#include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
 namespace {

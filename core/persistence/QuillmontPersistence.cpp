@@ -1,10 +1,10 @@
 #include "core/persistence/QuillmontPersistence.h"
 
-#include "core/persistence/AppConstants.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "core/persistence/AppConstants.h"
 
 namespace quillmont::QuillmontPersistence {
 

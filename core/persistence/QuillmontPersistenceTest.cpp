@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "core/persistence/AppConstants.h"
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/ledger/TimeBankTransactionController.h"
+#include "core/persistence/AppConstants.h"
 #include "platform/store/ModelContext.h"
 #include "platform/store/StoreError.h"
 

@@ -14,8 +14,8 @@
 #include <span>
 #include <string>
 
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/engine/DayBalance.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/reports/ReportGranularity.h"
 #include "core/reports/TimeBankReport.h"
 #include "platform/foundation/Calendar.h"

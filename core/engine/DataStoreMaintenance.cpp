@@ -1,6 +1,9 @@
 #include "core/engine/DataStoreMaintenance.h"
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
+#include <string_view>
 #include <cstring>
 #include <unordered_map>
 #include <tuple>
@@ -17,6 +20,7 @@
 #include "core/ledger/RecordTimestampValidation.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
+#include "platform/store/StoreError.h"
 
 namespace quillmont::DataStoreMaintenance {
 namespace {
@@ -40,6 +44,40 @@ Timestamps normalizedTimestamps(const Record& record, Date now) {
   const Date modifiedAt = normalizedModifiedAt(record.modifiedAt(), now);
   return {normalizedCreatedAt(record.createdAt(), modifiedAt), modifiedAt};
 }
+
+// When a pass last found every work entry in normal form: the entries'
+// generation and the instant of that pass, kept in the store.
+struct WorkEntriesChecked {
+  std::int64_t generation = 0;
+  Date at;
+
+  static constexpr std::string_view key = "maintenance.workEntriesChecked";
+
+  static std::optional<WorkEntriesChecked> read(ModelContext& context) {
+    const auto text = context.container()->metadata(key);
+    if (!text) return std::nullopt;
+    WorkEntriesChecked checked;
+    double seconds = 0;
+    const char* end = text->data() + text->size();
+    const auto [middle, error] = std::from_chars(text->data(), end, checked.generation);
+    if (error != std::errc{} || middle == end || *middle != ' ') return std::nullopt;
+    if (std::from_chars(middle + 1, end, seconds).ec != std::errc{}) return std::nullopt;
+    checked.at = Date(seconds);
+    return checked;
+  }
+
+  // Only a hint for later passes: when it cannot be written, they check again.
+  static void write(ModelContext& context, const WorkEntriesChecked& checked) {
+    char buffer[64];
+    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, checked.generation);
+    *end++ = ' ';
+    end = std::to_chars(end, buffer + sizeof buffer, checked.at.timeIntervalSinceReferenceDate).ptr;
+    try {
+      context.container()->setMetadata(key, std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+    } catch (const StoreError&) {
+    }
+  }
+};
 
 bool reconcileEntry(WorkEntry& entry, Date now) {
   const std::int64_t breakMinutes = std::clamp<std::int64_t>(entry.breakMinutes(), 0, maximumBreakMinutes);
@@ -170,12 +208,26 @@ std::shared_ptr<TimeBankSettings> reconcile(ModelContext& context, const Calenda
 }
 
 void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
-  const auto entries = context.fetch<WorkEntry>();
-  const auto adjustments = context.fetch<BalanceAdjustment>();
-  bool changed = false;
-  for (const auto& entry : entries) changed |= reconcileEntry(*entry, now);
-  for (const auto& adjustment : adjustments) changed |= reconcileAdjustment(*adjustment, now);
+  // Work entries are the largest table and most commands never change them:
+  // skip them while the store says they are as a pass last found them all
+  // in order (same generation, and no earlier clock: the only rule that
+  // depends on the instant accepts more as time goes on).
+  const std::int64_t entryGeneration = context.generation<WorkEntry>();
+  const auto checked = WorkEntriesChecked::read(context);
+  const bool entriesInOrder = checked && checked->generation == entryGeneration && now >= checked->at &&
+                              !context.hasChanges<WorkEntry>();
+  bool entriesChanged = false;
+  if (!entriesInOrder) {
+    for (const auto& entry : context.fetch<WorkEntry>()) entriesChanged |= reconcileEntry(*entry, now);
+  }
+  bool changed = entriesChanged;
+  for (const auto& adjustment : context.fetch<BalanceAdjustment>()) changed |= reconcileAdjustment(*adjustment, now);
   if (saveChanges && changed) context.save();
+  // A pass that repaired entries raised the generation; the next pass finds
+  // them in order and records that.
+  if (saveChanges && !entriesInOrder && !entriesChanged && !context.hasChanges<WorkEntry>()) {
+    WorkEntriesChecked::write(context, {entryGeneration, now});
+  }
 }
 
 std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, const Calendar& calendar, Date now,

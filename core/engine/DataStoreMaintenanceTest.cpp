@@ -34,6 +34,41 @@ class DataStoreMaintenanceTest : public ::testing::Test {
   }
 };
 
+// Work entries are checked again whenever they may have changed since a pass
+// found them in order: another process wrote them, this context holds
+// unsaved ones, or the clock went back.
+TEST_F(DataStoreMaintenanceTest, ActivityChecksEntriesAgainWheneverTheyMayHaveChanged) {
+  add<WorkEntry>(UUID::random(), now - 7200, now - 60, 30, "", now - 7200, now - 7200);
+  context.save();
+  DataStoreMaintenance::reconcileActivity(context, now, true);
+  const auto passed = container->metadata("maintenance.workEntriesChecked");
+  ASSERT_TRUE(passed) << "a clean pass records itself";
+  EXPECT_TRUE(passed->starts_with(std::to_string(context.generation<WorkEntry>()) + " "));
+
+  // Another connection (another process) stores an entry out of order.
+  {
+    ModelContext other(container);
+    other.insert(std::make_shared<WorkEntry>(UUID::random(), now - 3600, now - 60, 900, "", now, now));
+    other.save();
+  }
+  DataStoreMaintenance::reconcileActivity(context, now, true);
+  for (const auto& entry : context.fetch<WorkEntry>()) EXPECT_LE(entry->breakMinutes(), 240);
+
+  // Unsaved entries of this context are checked even when the store is in order.
+  DataStoreMaintenance::reconcileActivity(context, now, true);
+  const auto pending = add<WorkEntry>(UUID::random(), now - 3600, now - 60, 999, "", now, now);
+  DataStoreMaintenance::reconcileActivity(context, now, false);
+  EXPECT_EQ(pending->breakMinutes(), 240);
+  context.save();
+
+  // A clock set back makes a modification time "in the future" again.
+  DataStoreMaintenance::reconcileActivity(context, now, true);
+  DataStoreMaintenance::reconcileActivity(context, now, true);
+  ModelContext fresh(container);
+  DataStoreMaintenance::reconcileActivity(fresh, now - 3600, true);
+  for (const auto& entry : fresh.fetch<WorkEntry>()) EXPECT_LE(entry->modifiedAt(), now - 3600 + 300);
+}
+
 TEST_F(DataStoreMaintenanceTest, ActivityClampsEntriesAndAdjustments) {
   const auto longBreak = add<WorkEntry>(UUID::random(), now - 7200, now - 60, 300, "", now - 7200, now - 7200);
   const auto backwards = add<WorkEntry>(UUID::random(), now - 3600, now - 7200, 0, "", now - 7200, now - 7200);

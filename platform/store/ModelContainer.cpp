@@ -335,6 +335,53 @@ std::int64_t ModelContainer::dataVersion() {
   return dataVersion_.step() ? dataVersion_.columnInt64(0) : 0;
 }
 
+std::optional<std::string> ModelContainer::metadata(std::string_view key) {
+  if (!readMetadata_) {
+    readMetadata_ = database_.prepare("SELECT value FROM " + identifier(metadataTable) + " WHERE key = ?1");
+  }
+  const std::string keyText(key);  // bound without a copy: lives until the step
+  SQLiteStatement::Scope scope(readMetadata_);
+  readMetadata_.bind(1, keyText);
+  if (!readMetadata_.step()) return std::nullopt;
+  return readMetadata_.columnText(0);
+}
+
+std::int64_t ModelContainer::generation(std::string_view entityName) {
+  const auto value = metadata("generation." + std::string(entityName));
+  std::int64_t count = 0;
+  if (value) std::from_chars(value->data(), value->data() + value->size(), count);
+  return count;
+}
+
+void ModelContainer::raiseGeneration(std::string_view entityName) {
+  if (!raiseGeneration_) {
+    raiseGeneration_ = database_.prepare("INSERT INTO " + identifier(metadataTable) +
+                                         " VALUES (?1, '1') ON CONFLICT(key) DO UPDATE SET value = "
+                                         "CAST(CAST(value AS INTEGER) + 1 AS TEXT)");
+  }
+  const std::string key = "generation." + std::string(entityName);  // bound without a copy
+  SQLiteStatement::Scope scope(raiseGeneration_);
+  raiseGeneration_.bind(1, key);
+  raiseGeneration_.step();
+}
+
+void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
+  beginWriting();
+  try {
+    SQLiteStatement statement =
+        database_.prepare("INSERT OR REPLACE INTO " + identifier(metadataTable) + " VALUES (?1, ?2)");
+    const std::string keyText(key);  // bound without a copy: live until the step
+    const std::string valueText(value);
+    statement.bind(1, keyText);
+    statement.bind(2, valueText);
+    statement.step();
+    database_.execute("COMMIT", Code::saveFailed);  // not a save of records
+  } catch (...) {
+    abandonWriting();
+    throw;
+  }
+}
+
 void ModelContainer::beginWriting() { database_.execute("BEGIN IMMEDIATE", Code::saveFailed); }
 
 void ModelContainer::commitWriting() {

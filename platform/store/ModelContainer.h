@@ -49,6 +49,15 @@ class ModelContainer {
   /// How many saves through this container committed changes.
   std::uint64_t savesCommitted() const { return savesCommitted_; }
 
+  /// A count that every save which writes records of `entityName` raises,
+  /// whichever process makes it: equal counts mean the table is unchanged.
+  std::int64_t generation(std::string_view entityName);
+  /// A small text kept in the store beside the records (not a record).
+  std::optional<std::string> metadata(std::string_view key);
+  /// Stores `value` under `key` in a transaction of its own; throws
+  /// StoreError(busy or saveFailed).
+  void setMetadata(std::string_view key, std::string_view value);
+
  private:
   friend class ModelContext;
 
@@ -76,6 +85,8 @@ class ModelContainer {
   /// StoreError(busy or saveFailed).
   void beginWriting();
   void commitWriting();
+  /// Inside the write transaction: raises the generation of `entityName`.
+  void raiseGeneration(std::string_view entityName);
   /// Undoes an open write transaction; never throws.
   void abandonWriting() noexcept;
 
@@ -83,6 +94,8 @@ class ModelContainer {
   std::optional<std::filesystem::path> url_;
   SQLiteDatabase database_;
   SQLiteStatement dataVersion_;
+  SQLiteStatement readMetadata_;
+  SQLiteStatement raiseGeneration_;
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
   std::uint64_t savesCommitted_ = 0;
 };

@@ -35,6 +35,7 @@ void ModelContext::save() {
     for (const auto& entity : entities_) {
       if (entity->write()) written.push_back(entity.get());
     }
+    for (Entity* entity : written) container_->raiseGeneration(entity->store.description->name);
     container_->commitWriting();
   } catch (const StoreError& error) {
     // Nothing in memory has changed yet: row keys and clean flags are only

@@ -63,6 +63,18 @@ class ModelContext {
 
   /// Whether anything was inserted, changed or deleted since the last save.
   bool hasChanges() const;
+  /// The same for records of one type.
+  template <class Model>
+  bool hasChanges() {
+    return table<Model>().hasChanges();
+  }
+
+  /// The store's count of saves that wrote records of the type (see
+  /// ModelContainer::generation).
+  template <class Model>
+  std::int64_t generation() {
+    return container_->generation(Model::entityName);
+  }
 
   /// Writes every pending change in one transaction. Does nothing (not even
   /// touch the file) without changes. On failure the transaction is undone,

@@ -81,9 +81,12 @@ class SQLiteStatement {
                 : sqlite3_bind_null(statement_, index));
   }
   void bind(int index, std::int64_t value) { check(sqlite3_bind_int64(statement_, index, value)); }
+  /// The text is not copied: it must live until the statement has stepped.
   void bind(int index, const std::string& value) {
     check(sqlite3_bind_text(statement_, index, value.data(), static_cast<int>(value.size()), SQLITE_STATIC));
   }
+  /// A temporary would be gone before the step.
+  void bind(int index, std::string&& value) = delete;
   void bind(int index, bool value) { check(sqlite3_bind_int(statement_, index, value ? 1 : 0)); }
 
   // Columns count from 0. Values of another type are converted by SQLite's

@@ -45,39 +45,60 @@ Timestamps normalizedTimestamps(const Record& record, Date now) {
   return {normalizedCreatedAt(record.createdAt(), modifiedAt), modifiedAt};
 }
 
-// When a pass last found every work entry in normal form: the entries'
-// generation and the instant of that pass, kept in the store.
-struct WorkEntriesChecked {
+// When a pass last found every record of one type in normal form: the
+// type's generation, the instant of that pass and, where day starts matter,
+// the calendar it used; kept in the store. A later pass may skip the type
+// while the generation and calendar are the same, the clock has not gone
+// back (the only rule that depends on the instant accepts more as time goes
+// on) and the context holds no unsaved records of the type.
+template <class Model>
+struct PassRecord {
   std::int64_t generation = 0;
   Date at;
+  std::string calendar;
 
-  static constexpr std::string_view key = "maintenance.workEntriesChecked";
+  static std::string key() { return "maintenance." + std::string(Model::entityName) + "Checked"; }
 
-  static std::optional<WorkEntriesChecked> read(ModelContext& context) {
-    const auto text = context.container()->metadata(key);
-    if (!text) return std::nullopt;
-    WorkEntriesChecked checked;
-    double seconds = 0;
-    const char* end = text->data() + text->size();
-    const auto [middle, error] = std::from_chars(text->data(), end, checked.generation);
-    if (error != std::errc{} || middle == end || *middle != ' ') return std::nullopt;
-    if (std::from_chars(middle + 1, end, seconds).ec != std::errc{}) return std::nullopt;
-    checked.at = Date(seconds);
-    return checked;
+  static PassRecord current(ModelContext& context, Date now, std::string calendar) {
+    return {context.generation<Model>(), now, std::move(calendar)};
   }
 
-  // Only a hint for later passes: when it cannot be written, they check again.
-  static void write(ModelContext& context, const WorkEntriesChecked& checked) {
-    char buffer[64];
-    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, checked.generation);
-    *end++ = ' ';
-    end = std::to_chars(end, buffer + sizeof buffer, checked.at.timeIntervalSinceReferenceDate).ptr;
+  /// Whether the store records a pass that lets `current` skip the type.
+  bool allowsSkipping(ModelContext& context) const {
+    if (context.hasChanges<Model>()) return false;
+    const auto text = context.container()->metadata(key());
+    if (!text) return false;
+    std::int64_t storedGeneration = 0;
+    double seconds = 0;
+    const char* end = text->data() + text->size();
+    const auto [middle, error] = std::from_chars(text->data(), end, storedGeneration);
+    if (error != std::errc{} || middle == end || *middle != ' ') return false;
+    const auto [after, timeError] = std::from_chars(middle + 1, end, seconds);
+    if (timeError != std::errc{}) return false;
+    const std::string_view storedCalendar =
+        after == end ? std::string_view() : std::string_view(after + 1, static_cast<std::size_t>(end - after - 1));
+    return storedGeneration == generation && at >= Date(seconds) && storedCalendar == calendar;
+  }
+
+  /// Records this pass. Only a hint for later passes: when it cannot be
+  /// written, they check again.
+  void write(ModelContext& context) const {
+    std::string text = std::to_string(generation);
+    char buffer[32];
+    text += ' ';
+    text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, at.timeIntervalSinceReferenceDate).ptr);
+    if (!calendar.empty()) text += ' ' + calendar;
     try {
-      context.container()->setMetadata(key, std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+      context.container()->setMetadata(key(), text);
     } catch (const StoreError&) {
     }
   }
 };
+
+/// What decides day starts: the zone, the calendar system and the zone data.
+std::string calendarFingerprint(const Calendar& calendar) {
+  return calendar.timeZoneIdentifier() + '/' + calendar.identifier() + '/' + Calendar::timeZoneDataVersion();
+}
 
 bool reconcileEntry(WorkEntry& entry, Date now) {
   const std::int64_t breakMinutes = std::clamp<std::int64_t>(entry.breakMinutes(), 0, maximumBreakMinutes);
@@ -208,14 +229,9 @@ std::shared_ptr<TimeBankSettings> reconcile(ModelContext& context, const Calenda
 }
 
 void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
-  // Work entries are the largest table and most commands never change them:
-  // skip them while the store says they are as a pass last found them all
-  // in order (same generation, and no earlier clock: the only rule that
-  // depends on the instant accepts more as time goes on).
-  const std::int64_t entryGeneration = context.generation<WorkEntry>();
-  const auto checked = WorkEntriesChecked::read(context);
-  const bool entriesInOrder = checked && checked->generation == entryGeneration && now >= checked->at &&
-                              !context.hasChanges<WorkEntry>();
+  // Work entries are the largest table and most commands never change them.
+  const auto pass = PassRecord<WorkEntry>::current(context, now, "");
+  const bool entriesInOrder = pass.allowsSkipping(context);
   bool entriesChanged = false;
   if (!entriesInOrder) {
     for (const auto& entry : context.fetch<WorkEntry>()) entriesChanged |= reconcileEntry(*entry, now);
@@ -225,9 +241,7 @@ void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
   if (saveChanges && changed) context.save();
   // A pass that repaired entries raised the generation; the next pass finds
   // them in order and records that.
-  if (saveChanges && !entriesInOrder && !entriesChanged && !context.hasChanges<WorkEntry>()) {
-    WorkEntriesChecked::write(context, {entryGeneration, now});
-  }
+  if (saveChanges && !entriesInOrder && !entriesChanged && !context.hasChanges<WorkEntry>()) pass.write(context);
 }
 
 std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, const Calendar& calendar, Date now,
@@ -257,8 +271,14 @@ std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, 
     }
   }
   changed |= normalizeSettings(*settings, calendar, now);
-  changed |= reconcileSchedules(context, calendar, now);
+  // Schedules change seldom and their day starts cost a calendar
+  // computation each: skip them like work entries, for the same calendar.
+  const auto pass = PassRecord<WorkSchedule>::current(context, now, calendarFingerprint(calendar));
+  const bool schedulesInOrder = pass.allowsSkipping(context);
+  const bool schedulesChanged = !schedulesInOrder && reconcileSchedules(context, calendar, now);
+  changed |= schedulesChanged;
   if (saveChanges && changed) context.save();
+  if (saveChanges && !schedulesInOrder && !schedulesChanged && !context.hasChanges<WorkSchedule>()) pass.write(context);
   return settings;
 }
 

@@ -41,7 +41,7 @@ TEST_F(DataStoreMaintenanceTest, ActivityChecksEntriesAgainWheneverTheyMayHaveCh
   add<WorkEntry>(UUID::random(), now - 7200, now - 60, 30, "", now - 7200, now - 7200);
   context.save();
   DataStoreMaintenance::reconcileActivity(context, now, true);
-  const auto passed = container->metadata("maintenance.workEntriesChecked");
+  const auto passed = container->metadata("maintenance.WorkEntryChecked");
   ASSERT_TRUE(passed) << "a clean pass records itself";
   EXPECT_TRUE(passed->starts_with(std::to_string(context.generation<WorkEntry>()) + " "));
 
@@ -67,6 +67,34 @@ TEST_F(DataStoreMaintenanceTest, ActivityChecksEntriesAgainWheneverTheyMayHaveCh
   ModelContext fresh(container);
   DataStoreMaintenance::reconcileActivity(fresh, now - 3600, true);
   for (const auto& entry : fresh.fetch<WorkEntry>()) EXPECT_LE(entry->modifiedAt(), now - 3600 + 300);
+}
+
+TEST_F(DataStoreMaintenanceTest, SchedulesAreCheckedAgainWhenTheyOrTheCalendarChange) {
+  addSettings(true, now);
+  addSchedule(*berlin.date(2026, 3, 1), now);
+  context.save();
+  DataStoreMaintenance::reconcileConfiguration(context, berlin, now, true);
+  ASSERT_TRUE(container->metadata("maintenance.WorkScheduleChecked"));
+
+  // Another connection stores a schedule that does not start at midnight.
+  {
+    ModelContext other(container);
+    other.insert(std::make_shared<WorkSchedule>(UUID::random(), *berlin.date(2026, 4, 1) + 3600, defaultWeekdayMinutes,
+                                                now, now));
+    other.save();
+  }
+  DataStoreMaintenance::reconcileConfiguration(context, berlin, now, true);
+  for (const auto& schedule : context.fetch<WorkSchedule>()) {
+    EXPECT_EQ(schedule->effectiveFrom(), berlin.startOfDay(schedule->effectiveFrom()));
+  }
+  DataStoreMaintenance::reconcileConfiguration(context, berlin, now, true);
+
+  // The same store read in another zone: its day starts are midnights there.
+  const Calendar tokyo = *Calendar::make("Asia/Tokyo");
+  DataStoreMaintenance::reconcileConfiguration(context, tokyo, now, true);
+  for (const auto& schedule : context.fetch<WorkSchedule>()) {
+    EXPECT_EQ(schedule->effectiveFrom(), tokyo.startOfDay(schedule->effectiveFrom()));
+  }
 }
 
 TEST_F(DataStoreMaintenanceTest, ActivityClampsEntriesAndAdjustments) {

@@ -129,6 +129,12 @@ std::string Calendar::timeZoneIdentifier() const {
 
 std::string Calendar::identifier() const { return calendar_->getType(); }
 
+std::string Calendar::timeZoneDataVersion() {
+  UErrorCode status = U_ZERO_ERROR;
+  const char* version = icu::TimeZone::getTZDataVersion(status);
+  return U_SUCCESS(status) && version != nullptr ? version : "";
+}
+
 Date Calendar::startOfDay(Date date) const {
   if (!isRepresentable(date)) return date;
   UErrorCode status = U_ZERO_ERROR;

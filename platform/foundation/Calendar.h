@@ -51,6 +51,9 @@ class Calendar {
   std::string timeZoneIdentifier() const;
   /// The calendar system, e.g. "gregorian" or "buddhist".
   std::string identifier() const;
+  /// The version of the time zone rules in use ("2024a"); day starts of
+  /// past dates may move when it changes.
+  static std::string timeZoneDataVersion();
 
   /// The first instant of the day containing `date`. Where midnight itself
   /// was skipped by a daylight-saving change, the first instant that exists.

@@ -1,5 +1,7 @@
 // Black-box tests of the program's surface: version, help, usage errors,
 // data homes and the overview.
+#include <sys/stat.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -115,6 +117,28 @@ TEST(CommandLine, AnEntitlementsOverrideThatCannotBeReadIsAnErrorNeverAnotherSto
   // Without an override the program's own entitlements grant the group.
   EXPECT_THAT(quillmont.run({"overview", "--json"}).out, HasSubstr("\"todayCreditSeconds\" : 1800"));
   EXPECT_THAT(quillmont.run({"doctor"}).out, HasSubstr("built into quillmont"));
+}
+
+// A time bank is personal: nothing the program writes into the data home is
+// readable by others, whatever the umask.
+TEST(CommandLine, EveryFileInTheDataHomeIsPrivate) {
+  CommandRunner quillmont;
+  const mode_t previous = ::umask(0);
+  const auto data = quillmont.home() / "data";
+  ASSERT_EQ(quillmont.run({"book", "30"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"widget", "press", "add"}).exitCode, 1);  // not set up; stores a snapshot anyway
+  ASSERT_EQ(quillmont.run({"export", (data / "backup.json").string()}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"csv", "ledger", "--output", (data / "ledger.csv").string()}).exitCode, 0);
+  ::umask(previous);
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(data)) {
+    const auto permissions = entry.status().permissions();
+    EXPECT_EQ(permissions & (std::filesystem::perms::group_all | std::filesystem::perms::others_all),
+              std::filesystem::perms::none)
+        << entry.path();
+    files += entry.is_regular_file() ? 1 : 0;
+  }
+  EXPECT_GE(files, 5u);  // store, its log, snapshot, reload signal, export, CSV
 }
 
 TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {

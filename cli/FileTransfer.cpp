@@ -1,6 +1,7 @@
 #include "cli/FileTransfer.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -31,10 +32,17 @@ bool writeAll(int descriptor, std::string_view contents) {
   return true;
 }
 
-mode_t fileMode() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return 0666 & ~mask;
+// Hidden temporaries of `prefix` that a killed run left, older than a
+// minute (younger ones may belong to a run still writing).
+void removeStaleTemporaries(const std::filesystem::path& folder, const std::string& prefix) {
+  std::error_code error;
+  const auto now = std::filesystem::file_time_type::clock::now();
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + 6 || !entry.is_regular_file(error)) continue;
+    const auto modified = entry.last_write_time(error);
+    if (!error && now - modified > std::chrono::minutes(1)) std::filesystem::remove(entry.path(), error);
+  }
 }
 
 }  // namespace
@@ -79,16 +87,43 @@ void write(const std::string& name, std::string_view contents) {
 void writeAtomically(const std::string& path, std::string_view contents) {
   const std::filesystem::path target(path);
   const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-  std::string hiddenName(1, '.');
-  hiddenName += target.filename().string();
-  hiddenName += ".XXXXXX";
-  std::string temporary = (folder / hiddenName).string();
-  const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
-  if (descriptor < 0) fail("cannot write", path, errno);
-  const bool written = writeAll(descriptor, contents) && fchmod(descriptor, fileMode()) == 0 && fsync(descriptor) == 0;
-  const int error = errno;
-  if (::close(descriptor) != 0 || !written) {
+  // A file replaced keeps its permissions; a new one is private: a time
+  // bank is personal, whatever the umask says.
+  struct stat existing {};
+  const mode_t mode =
+      ::stat(path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode) ? existing.st_mode & 07777 : 0600;
+
+  // The text goes to an anonymous file that gets a name only once it is
+  // whole, so a write killed half-way leaves nothing behind. Where the file
+  // system has no anonymous files, a hidden named one stands in, and stale
+  // ones that a killed run left are cleared first.
+  const std::string hiddenPrefix = "." + target.filename().string() + ".";
+  bool anonymous = true;
+  int descriptor = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+  std::string temporary;
+  if (descriptor < 0) {
+    if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) fail("cannot write", path, errno);
+    anonymous = false;
+    removeStaleTemporaries(folder, hiddenPrefix);
+    temporary = (folder / (hiddenPrefix + "XXXXXX")).string();
+    descriptor = mkostemp(temporary.data(), O_CLOEXEC);
+    if (descriptor < 0) fail("cannot write", path, errno);
+  }
+  const bool written = writeAll(descriptor, contents) && fchmod(descriptor, mode) == 0 && fsync(descriptor) == 0;
+  int error = errno;
+  if (written && anonymous) {
+    // Named beside the target for an instant, then renamed over it.
+    temporary = (folder / (hiddenPrefix + std::to_string(::getpid()) + ".new")).string();
     ::unlink(temporary.c_str());
+    const std::string self = "/proc/self/fd/" + std::to_string(descriptor);
+    if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+      error = errno;
+      ::close(descriptor);
+      fail("cannot write", path, error);
+    }
+  }
+  if (::close(descriptor) != 0 || !written) {
+    if (!temporary.empty()) ::unlink(temporary.c_str());
     fail("cannot write", path, written ? errno : error);
   }
   if (std::rename(temporary.c_str(), path.c_str()) != 0) {

@@ -1,8 +1,10 @@
 // FileTransfer: the command line's reading and writing of whole documents
 // (archives, CSV). "-" (or no name) means standard input or output. Files are
-// written atomically: the text goes to a temporary file beside the target,
-// is flushed to disk and then renamed over it, so a target is never left
-// half written. Failures throw CommandFailure naming the file.
+// written atomically: the text goes to an anonymous file in the target's
+// folder, is flushed to disk, and only then gets a name and is renamed over
+// the target, so a target is never left half written and a killed write
+// leaves nothing behind. New files are private to the user (0600); a file
+// replaced keeps its permissions. Failures throw CommandFailure naming the file.
 #pragma once
 
 #include <string>

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -45,6 +50,46 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
   EXPECT_THROW(FileTransfer::read(missing), CommandFailure);
   EXPECT_THROW(FileTransfer::read(folder_.string()), CommandFailure);  // a folder is not a document
   EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(FileTransferTest, NewFilesArePrivateAndReplacedFilesKeepTheirPermissions) {
+  const mode_t previous = ::umask(0);  // the most permissive umask there is
+  const std::string fresh = (folder_ / "fresh.json").string();
+  FileTransfer::writeAtomically(fresh, "{}");
+  EXPECT_EQ(std::filesystem::status(fresh).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  const std::string shared = (folder_ / "shared.csv").string();
+  FileTransfer::writeAtomically(shared, "a");
+  std::filesystem::permissions(shared, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                                           std::filesystem::perms::group_read);
+  FileTransfer::writeAtomically(shared, "b");
+  EXPECT_EQ(std::filesystem::status(shared).permissions(), std::filesystem::perms::owner_read |
+                                                               std::filesystem::perms::owner_write |
+                                                               std::filesystem::perms::group_read);
+  ::umask(previous);
+}
+
+// A writer killed at any moment leaves the old target or the new one, and no
+// temporary beside it.
+TEST_F(FileTransferTest, AWriterKilledAnywhereLeavesNoTemporaryBehind) {
+  const std::string path = (folder_ / "backup.json").string();
+  FileTransfer::writeAtomically(path, "old");
+  const std::string large(48 << 20, 'x');
+  for (const int delayMicroseconds : {0, 2000, 10000, 30000, 60000}) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      FileTransfer::writeAtomically(path, large);
+      ::_exit(0);
+    }
+    ::usleep(static_cast<useconds_t>(delayMicroseconds));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(fileCount(), 1u) << "after " << delayMicroseconds << " µs";
+    const auto size = std::filesystem::file_size(path);
+    EXPECT_TRUE(size == 3 || size == large.size());
+  }
 }
 
 }  // namespace

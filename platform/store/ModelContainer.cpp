@@ -1,6 +1,8 @@
 #include "platform/store/ModelContainer.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -144,6 +146,19 @@ void createFolder(const std::filesystem::path& folder) {
   }
 }
 
+/// Creates the store file, or tightens an existing one, so that only the
+/// user can read it whatever the umask: a time bank is personal. SQLite
+/// gives its log files the store's permissions.
+void keepPrivate(const std::filesystem::path& store) {
+  const int descriptor = ::open(store.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+  if (descriptor < 0) return;  // SQLite reports why it cannot open the file
+  struct stat status {};
+  if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & 077) != 0) {
+    ::fchmod(descriptor, status.st_mode & 0700);
+  }
+  ::close(descriptor);
+}
+
 std::set<std::string> columnsOf(const SQLiteDatabase& database, const std::string& table) {
   SQLiteStatement statement = database.prepare("SELECT name FROM pragma_table_info(?1)");
   statement.bind(1, table);
@@ -241,6 +256,7 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
                             : ContainerDirectories::processContainer();
     createFolder(folder);
     url = folder / ((configuration.name.empty() ? std::string("default") : configuration.name) + ".store");
+    keepPrivate(*url);
     database = SQLiteDatabase::openFile(url->string());
   }
   sqlite3_busy_timeout(database.handle(), busyTimeoutMilliseconds);

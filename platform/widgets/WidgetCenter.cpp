@@ -1,6 +1,7 @@
 #include "platform/widgets/WidgetCenter.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <charconv>
@@ -33,6 +34,7 @@ void WidgetCenter::reloadAllTimelines() {
   std::error_code error;
   std::filesystem::create_directories(signalFolder(), error);
   if (error) return;
+  ::chmod(signalFolder().c_str(), 0700);
   // Two processes may read the same generation and both write the next
   // one; either way the file is replaced, and a replacement is the signal.
   const std::string text = std::to_string(generation() + 1) + "\n";

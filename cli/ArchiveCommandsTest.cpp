@@ -124,5 +124,23 @@ TEST(ArchiveCommands, LegacyFileImportedTwiceAddsItsEntriesOnce) {
   EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 2u);
 }
 
+// Some editors save JSON with a UTF-8 byte-order mark in front.
+TEST(ArchiveCommands, FilesStartingWithAByteOrderMarkAreRead) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"book", "45"}).exitCode, 0);
+  const auto exported = quillmont.run({"export", "-"});
+  ASSERT_EQ(exported.exitCode, 0);
+  const auto archive = testing::writeTemporaryFile(quillmont.home(), "marked.json", "\xEF\xBB\xBF" + exported.out);
+  const auto imported = quillmont.run({"import", archive.string()});
+  EXPECT_EQ(imported.exitCode, 0) << imported.err;
+  EXPECT_THAT(imported.out, HasSubstr("Inserted 0, updated 0"));
+  const auto legacy = testing::writeTemporaryFile(
+      quillmont.home(), "legacy.json",
+      "\xEF\xBB\xBF[{\"id\":\"6B1B5B0E-6A53-4A8E-9C61-3F0B9E1D2A11\",\"minutes\":90,\"date\":784111777,\"note\":\"\"}]");
+  const auto legacyImport = quillmont.run({"import-legacy", legacy.string()});
+  EXPECT_EQ(legacyImport.exitCode, 0) << legacyImport.err;
+  EXPECT_THAT(legacyImport.out, HasSubstr("Inserted 1"));
+}
+
 }  // namespace
 }  // namespace quillmont

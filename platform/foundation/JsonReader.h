@@ -148,13 +148,18 @@ void forEachElement(simdjson::ondemand::value& value, const Path& path, Read&& r
   }
 }
 
-/// Parses `json` where it lies when it has `padding` spare bytes allocated
+/// Parses `json` (after a UTF-8 byte-order mark, if it starts with one)
+/// where it lies when it has `padding` spare bytes allocated
 /// after its end (a simdjson::padded_string, or a string as below), else on
 /// one padded copy. Calls `read` with the top-level value, which must be an
 /// object or an array, and returns what `read` returns; throws when anything
 /// but white space follows the top-level value.
 template <class Read>
 detail::ReadResult<Read> parseInPlace(simdjson::padded_string_view json, Read&& read) {
+  // Some editors start UTF-8 files with a byte-order mark; it is not part of the JSON.
+  if (std::string_view{json}.starts_with("\xEF\xBB\xBF")) {
+    return parseInPlace(simdjson::padded_string_view(json.data() + 3, json.size() - 3, json.capacity() - 3), read);
+  }
   if (json.padding() < padding) {
     const simdjson::padded_string copy(std::string_view{json});
     return parseInPlace(copy, read);

@@ -94,8 +94,16 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    const int status = app.exit(error);
-    return status == 0 ? 0 : 2;
+    if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
+    // Usage errors speak like every other message of the program.
+    reportFailure(error.what());
+    std::string command = "quillmont";
+    for (CLI::App* given = &app; !given->get_subcommands().empty();) {
+      given = given->get_subcommands().front();
+      command += " " + given->get_name();
+    }
+    std::cerr << "Run `" << command << " --help` for more information.\n";
+    return 2;
   }
 
   if (!dataHome.empty()) useDataHome(dataHome);

@@ -6,6 +6,8 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
+
 #include <string>
 #include <string_view>
 
@@ -26,11 +28,24 @@ inline StoreError::Code codeFor(int resultCode, StoreError::Code fallback) {
   }
 }
 
+/// Whether the failure is a full disk: SQLite's own "database or disk is
+/// full", or an I/O error whose system error says there is no space left.
+inline bool isDiskFull(sqlite3* database, int resultCode) {
+  if ((resultCode & 0xff) == SQLITE_FULL) return true;
+  if ((resultCode & 0xff) != SQLITE_IOERR || database == nullptr) return false;
+  const int systemError = sqlite3_system_errno(database);
+  return systemError == ENOSPC || systemError == EDQUOT;
+}
+
 /// `database` may be null (a failed open without a handle).
 inline StoreError make(sqlite3* database, int resultCode, StoreError::Code fallback, std::string_view doing) {
   std::string message(doing);
   message += ": ";
-  message += database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(resultCode);
+  if (isDiskFull(database, resultCode)) {
+    message += "the disk is full (free some space and try again)";
+  } else {
+    message += database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(resultCode);
+  }
   return StoreError(codeFor(resultCode, fallback), message);
 }
 

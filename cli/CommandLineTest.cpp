@@ -142,6 +142,18 @@ TEST(CommandLine, EveryFileInTheDataHomeIsPrivate) {
   EXPECT_GE(files, 5u);  // store, its log, snapshot, reload signal, export, CSV
 }
 
+TEST(CommandLine, DoctorReportsAndCreatesNothing) {
+  CommandRunner quillmont;
+  const auto doctor = quillmont.run({"doctor"});
+  EXPECT_EQ(doctor.exitCode, 0) << doctor.err;
+  EXPECT_THAT(doctor.out, HasSubstr("none yet"));
+  EXPECT_FALSE(std::filesystem::exists(quillmont.home() / "data")) << "a diagnosis created the data home";
+  ASSERT_EQ(quillmont.run({"book", "15"}).exitCode, 0);
+  const auto afterwards = quillmont.run({"doctor"});
+  EXPECT_EQ(afterwards.exitCode, 0) << afterwards.err;
+  EXPECT_THAT(afterwards.out, HasSubstr("Integrity           ok"));
+}
+
 TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
   CommandRunner quillmont;
   const auto fresh = quillmont.run({});

@@ -12,6 +12,7 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/build -G Ninja -DCMAKE_PREF
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 run(${WORK_DIR}/build/consumer)
 # The installed program carries its entitlements, so it uses the shared group folder.
+run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/bin/quillmont book 15)
 run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/bin/quillmont doctor)
 foreach(installed share/applications/quillmont.desktop share/bash-completion/completions/quillmont
                   lib/cmake/Quillmont/QuillmontConfig.cmake)

@@ -5,6 +5,7 @@ packages=(
   cmake ninja-build g++ pkg-config
   libicu-dev libsqlite3-dev libsimdjson-dev uuid-dev libcli11-dev
   googletest libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
+  clang libclang-rt-14-dev
 )
 missing=()
 for p in "${packages[@]}"; do

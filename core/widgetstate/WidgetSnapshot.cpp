@@ -78,10 +78,10 @@ WidgetSnapshot WidgetSnapshot::decoded(std::string_view json) {
       optionalKey("isConfigured")};
   return JsonReader::parse(json, [](value& root) {
     double balance = 0, worked = 0, expected = 0;
-    std::optional<Date> runningSince;
+    std::optional<Date> running;
     std::vector<std::int64_t> quickActions(defaultQuickActions.begin(), defaultQuickActions.end());
-    Date updatedAt;
-    bool isConfigured = true;
+    Date updated;
+    bool configured = true;
     const JsonReader::Path top;
     JsonReader::readObject(root, top, keys, [&](std::size_t key, value& field, const JsonReader::Path& at) {
       switch (key) {
@@ -89,7 +89,7 @@ WidgetSnapshot WidgetSnapshot::decoded(std::string_view json) {
         case 1: worked = JsonReader::number(field, at); break;
         case 2: expected = JsonReader::number(field, at); break;
         case 3:
-          runningSince = JsonReader::isNull(field) ? std::nullopt : std::optional(Date(JsonReader::number(field, at)));
+          running = JsonReader::isNull(field) ? std::nullopt : std::optional(Date(JsonReader::number(field, at)));
           break;
         case 4:
           quickActions.assign(defaultQuickActions.begin(), defaultQuickActions.end());
@@ -100,11 +100,11 @@ WidgetSnapshot WidgetSnapshot::decoded(std::string_view json) {
             });
           }
           break;
-        case 5: updatedAt = Date(JsonReader::number(field, at)); break;
-        default: isConfigured = JsonReader::isNull(field) || JsonReader::boolean(field, at); break;
+        case 5: updated = Date(JsonReader::number(field, at)); break;
+        default: configured = JsonReader::isNull(field) || JsonReader::boolean(field, at); break;
       }
     });
-    return WidgetSnapshot(balance, worked, expected, runningSince, quickActions, updatedAt, isConfigured);
+    return WidgetSnapshot(balance, worked, expected, running, quickActions, updated, configured);
   });
 }
 

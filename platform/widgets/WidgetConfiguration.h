@@ -66,9 +66,9 @@ struct WidgetConfiguration {
     };
     configuration.timeline = [provider, render](const TimelineProviderContext& context) {
       Timeline<RenderedEntry> result;
-      provider->getTimeline(context, [&](Timeline<Entry> timeline) {
-        result.policy = timeline.policy;
-        for (const Entry& entry : timeline.entries) result.entries.push_back(render(entry, context.family));
+      provider->getTimeline(context, [&](Timeline<Entry> provided) {
+        result.policy = provided.policy;
+        for (const Entry& entry : provided.entries) result.entries.push_back(render(entry, context.family));
       });
       return result;
     };

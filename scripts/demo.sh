@@ -38,3 +38,6 @@ echo
 quillmont overview
 echo
 quillmont report month
+echo
+echo "The widget, as the desktop shows it (quillmont widget show):"
+quillmont widget show

@@ -1,6 +1,11 @@
 // Black-box tests of export, import and the legacy import.
+#include <signal.h>
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <random>
 
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
@@ -122,6 +127,48 @@ TEST(ArchiveCommands, LegacyFileImportedTwiceAddsItsEntriesOnce) {
   const auto broken = testing::writeTemporaryFile(quillmont.home(), "broken.json", "[{\"id\": 1}]");
   EXPECT_EQ(quillmont.run({"import-legacy", broken.string()}).exitCode, 1);
   EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 2u);
+}
+
+// Imports and bookings killed at any moment leave a sound store that holds
+// each of them wholly or not at all.
+TEST(ArchiveCommands, KilledImportsAndBookingsLeaveEachWhollyOrNotAtAll) {
+  CommandRunner source;
+  std::vector<LegacyBalanceEntry> entries;
+  for (int i = 0; i < 3000; ++i) entries.push_back({UUID::random(), 1, Date(760000000.0 + i * 600.0), "imported"});
+  const auto legacy = testing::writeTemporaryFile(source.home(), "legacy.json", LegacyPrototypeImport::encode(entries));
+  ASSERT_EQ(source.run({"import-legacy", legacy.string()}).exitCode, 0);
+  const auto archive = source.home() / "archive.json";
+  ASSERT_EQ(source.run({"export", archive.string()}).exitCode, 0);
+
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"book", "5"}).exitCode, 0);
+  std::mt19937 random(20261123);
+  int bookingsKept = 0;
+  for (int round = 0; round < 16; ++round) {
+    const bool importing = round % 2 == 0;
+    auto running = importing ? quillmont.start({"import", archive.string()}) : quillmont.start({"book", "-2"});
+    ::usleep(static_cast<useconds_t>(random() % (importing ? 90'000 : 25'000)));
+    const int status = running->stop(SIGKILL);
+    if (!importing && status == 0) ++bookingsKept;
+
+    StoreProbe store(quillmont);
+    std::size_t imported = 0;
+    int bookings = 0;
+    for (const auto& adjustment : store.context().fetch<BalanceAdjustment>()) {
+      imported += adjustment->note() == "imported" ? 1 : 0;
+      bookings += adjustment->minutes() == -2 ? 1 : 0;
+    }
+    EXPECT_TRUE(imported == 0 || imported == entries.size()) << "round " << round << ": " << imported;
+    EXPECT_GE(bookings, bookingsKept) << "round " << round;  // a booking that finished is there
+    EXPECT_LE(bookings, round / 2 + 1) << "round " << round;
+    EXPECT_EQ(store.context().container()->integrityCheck(), "ok") << "round " << round;
+  }
+  // The store still works: a whole import after all that.
+  ASSERT_EQ(quillmont.run({"import", archive.string()}).exitCode, 0);
+  StoreProbe store(quillmont);
+  std::size_t imported = 0;
+  for (const auto& adjustment : store.context().fetch<BalanceAdjustment>()) imported += adjustment->note() == "imported";
+  EXPECT_EQ(imported, entries.size());
 }
 
 // Some editors save JSON with a UTF-8 byte-order mark in front.

@@ -121,11 +121,17 @@ std::unique_ptr<RunningCommand> CommandRunner::start(const std::vector<std::stri
 }
 
 RunningCommand::~RunningCommand() {
-  kill(process_, SIGTERM);
+  if (!ended_) stop(SIGTERM);
+  close(output_);
+}
+
+int RunningCommand::stop(int signal) {
+  kill(process_, signal);
   int status = 0;
   while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
   }
-  close(output_);
+  ended_ = true;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 std::optional<std::string> RunningCommand::readLine(int timeoutMilliseconds) {

@@ -33,8 +33,12 @@ class RunningCommand {
   /// The next line of standard output without its line feed; nothing when
   /// none came within `timeoutMilliseconds` or the program ended.
   std::optional<std::string> readLine(int timeoutMilliseconds = 10'000);
+  /// Sends `signal` and waits for the program to end; its exit status, or
+  /// 128 + the signal that ended it.
+  int stop(int signal);
 
  private:
+  bool ended_ = false;
   int process_;
   int output_;
   std::string buffered_;

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "core/engine/DataStoreMaintenance.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
 #include "core/ledger/TimeBankTransactionController.h"
 #include "core/persistence/QuillmontPersistence.h"
@@ -42,9 +41,7 @@ AdjustTimeBankIntent::Adjustment AdjustTimeBankIntent::adjust() const {
   ModelContext context(QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup()));
   const Calendar calendar = Calendar::autoupdatingCurrent();
   const Date now = Date::now();
-  DataStoreMaintenance::reconcileActivity(context, now, true);
-  const auto settings = DataStoreMaintenance::reconcileConfiguration(context, calendar, now, true);
-  ManualLedgerMigration::reconcile(context, *settings, calendar, now, true);
+  const auto settings = DataStoreMaintenance::reconcile(context, calendar, now, true);
 
   AdjustmentOutcome outcome = AdjustmentOutcome::needsSetup;
   if (settings->hasCompletedOnboarding()) {

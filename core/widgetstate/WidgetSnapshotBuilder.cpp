@@ -1,7 +1,6 @@
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
 
 #include "core/engine/DataStoreMaintenance.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/widgetstate/WidgetSnapshotStore.h"
@@ -11,12 +10,7 @@ namespace quillmont::WidgetSnapshotBuilder {
 
 WidgetSnapshot make(ModelContext& context, Date now) {
   // Maintenance works on the clock's own instant, not on `now`.
-  const Calendar maintenanceCalendar = Calendar::autoupdatingCurrent();
-  const Date maintenanceNow = Date::now();
-  DataStoreMaintenance::reconcileActivity(context, maintenanceNow, true);
-  const auto settings =
-      DataStoreMaintenance::reconcileConfiguration(context, maintenanceCalendar, maintenanceNow, true);
-  ManualLedgerMigration::reconcile(context, *settings, maintenanceCalendar, maintenanceNow, true);
+  const auto settings = DataStoreMaintenance::reconcile(context, Calendar::autoupdatingCurrent(), Date::now(), true);
 
   // In any order: every figure below is a sum of whole minutes times 60,
   // which doubles hold exactly, so sorting 100,000 bookings by date (newest

@@ -26,11 +26,11 @@ int armTimer(Date until) {
   const double since1970 = until.timeIntervalSince1970();
   double whole = 0;
   const double fraction = std::modf(since1970, &whole);
-  itimerspec spec{};
-  spec.it_value.tv_sec = static_cast<time_t>(whole);
-  spec.it_value.tv_nsec = static_cast<long>(fraction * 1e9);
-  if (spec.it_value.tv_sec <= 0 && spec.it_value.tv_nsec <= 0) spec.it_value.tv_nsec = 1;
-  if (::timerfd_settime(timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &spec, nullptr) != 0) {
+  itimerspec deadline{};
+  deadline.it_value.tv_sec = static_cast<time_t>(whole);
+  deadline.it_value.tv_nsec = static_cast<long>(fraction * 1e9);
+  if (deadline.it_value.tv_sec <= 0 && deadline.it_value.tv_nsec <= 0) deadline.it_value.tv_nsec = 1;
+  if (::timerfd_settime(timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &deadline, nullptr) != 0) {
     const int saved = errno;
     ::close(timer);
     errno = saved;

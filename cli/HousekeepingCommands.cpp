@@ -86,7 +86,8 @@ void doctor() {
   try {
     StoreSession session;
     const auto& url = session.container()->url();
-    row("Store", url ? url->string() : "in memory");
+    row("Store", (url ? url->string() : std::string("in memory")) +
+                     (session.container()->isReadOnly() ? " (read-only: it can be read but not changed)" : ""));
     const std::string integrity = session.container()->integrityCheck();
     healthy = integrity == "ok";
     row("Integrity", healthy ? "ok" : integrity);

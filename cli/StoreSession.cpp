@@ -16,7 +16,10 @@ StoreSession::StoreSession()
       now_(Date::now()),
       container_(QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup())),
       context_(std::make_unique<ModelContext>(container_)),
-      settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, true)) {}
+      // A read-only store is repaired in memory only: reading commands see
+      // the same records as elsewhere, and a command that saves is told the
+      // store is read-only.
+      settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, !container_->isReadOnly())) {}
 
 StoreSession::~StoreSession() { refreshWidget(); }
 

@@ -3,6 +3,8 @@
 // the user's calendar and the present instant, and the maintenance writers
 // (activity, configuration, ledger migration) run and saved before the
 // command sees anything. The settings record is the one maintenance chose.
+// A store that cannot be written opens read-only: maintenance then changes
+// only what the session holds, and any save says the store is read-only.
 //
 // When the session ends and anything was saved through it (by the command or
 // by maintenance), it rebuilds the widget snapshot and asks every widget to

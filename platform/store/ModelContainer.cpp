@@ -248,6 +248,7 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
   validate(configuration);
   std::optional<std::filesystem::path> url;
   SQLiteDatabase database;
+  bool readOnly = false;
   if (configuration.isStoredInMemoryOnly) {
     database = SQLiteDatabase::openInMemory();
   } else {
@@ -256,15 +257,34 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
                             : ContainerDirectories::processContainer();
     createFolder(folder);
     url = folder / ((configuration.name.empty() ? std::string("default") : configuration.name) + ".store");
-    keepPrivate(*url);
-    database = SQLiteDatabase::openFile(url->string());
+    std::error_code error;
+    const bool exists = std::filesystem::exists(*url, error);
+    const bool folderWritable = ::access(folder.c_str(), W_OK) == 0;
+    // A store that exists but cannot be written (a read-only file, folder
+    // or file system) is still there to be read; only saves are refused.
+    readOnly = exists && !(folderWritable && ::access(url->c_str(), W_OK) == 0);
+    if (readOnly) {
+      // Without a writable folder SQLite cannot make the log's shared index;
+      // when no log is left over, the file alone is the whole store.
+      std::filesystem::path log = *url;
+      log += "-wal";
+      database = SQLiteDatabase::openFileReadOnly(url->string(), !folderWritable && !std::filesystem::exists(log, error));
+    } else {
+      keepPrivate(*url);
+      database = SQLiteDatabase::openFile(url->string());
+    }
   }
   sqlite3_busy_timeout(database.handle(), busyTimeoutMilliseconds);
   const std::string label = url ? url->string() : std::string("the store in memory");
 
   // Look before touching anything: a foreign or newer file stays as it is.
   const bool needsChanges = !schemaChanges(database, configuration.schema, label).empty();
-  if (url) {
+  if (readOnly) {
+    if (needsChanges) {
+      throw StoreError(Code::readOnly, label + " is read-only and was written by an older version: it can be used "
+                                               "once this program may update it");
+    }
+  } else if (url) {
     SQLiteStatement journalMode = database.prepare("PRAGMA journal_mode = WAL");
     if (!journalMode.step() || journalMode.columnText(0) != "wal") {
       throw StoreError(Code::cannotOpen, label + ": cannot use write-ahead logging here");
@@ -287,12 +307,15 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
     }
   }
   return std::shared_ptr<ModelContainer>(
-      new ModelContainer(std::move(configuration), std::move(url), std::move(database)));
+      new ModelContainer(std::move(configuration), std::move(url), std::move(database), readOnly));
 }
 
 ModelContainer::ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url,
-                               SQLiteDatabase database)
-    : configuration_(std::move(configuration)), url_(std::move(url)), database_(std::move(database)) {
+                               SQLiteDatabase database, bool readOnly)
+    : configuration_(std::move(configuration)),
+      url_(std::move(url)),
+      database_(std::move(database)),
+      isReadOnly_(readOnly) {
   entities_.resize(configuration_.schema.entities.size());
   for (std::size_t i = 0; i < entities_.size(); ++i) entities_[i].description = &configuration_.schema.entities[i];
 }
@@ -398,7 +421,12 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
   }
 }
 
-void ModelContainer::beginWriting() { database_.execute("BEGIN IMMEDIATE", Code::saveFailed); }
+void ModelContainer::beginWriting() {
+  if (isReadOnly_) {
+    throw StoreError(Code::readOnly, "the store " + url_->string() + " is read-only: it can be read but not changed");
+  }
+  database_.execute("BEGIN IMMEDIATE", Code::saveFailed);
+}
 
 void ModelContainer::commitWriting() {
   database_.execute("COMMIT", Code::saveFailed);

@@ -10,7 +10,9 @@
 // the file: a newer version is refused, and a store of an older version of
 // the same major version gains the tables and columns added since (filled
 // with the attributes' defaults). A file that is not a store of this
-// program's kind is refused and never changed.
+// program's kind is refused and never changed. A store whose file, folder
+// or file system cannot be written opens read-only: it reads as usual and
+// every save throws StoreError(readOnly).
 //
 // A container and its contexts are used from one thread.
 #pragma once
@@ -46,6 +48,10 @@ class ModelContainer {
   /// "ok", or the problems SQLite's integrity check found, one per line.
   std::string integrityCheck();
 
+  /// Whether the store could only be opened for reading; saves then throw
+  /// StoreError(readOnly).
+  bool isReadOnly() const { return isReadOnly_; }
+
   /// How many saves through this container committed changes.
   std::uint64_t savesCommitted() const { return savesCommitted_; }
 
@@ -74,7 +80,8 @@ class ModelContainer {
     std::uint64_t commitCount = 0;
   };
 
-  ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url, SQLiteDatabase database);
+  ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url, SQLiteDatabase database,
+                 bool readOnly);
 
   /// Throws StoreError(other) when the schema has no such record type.
   EntityStore& entityStore(std::string_view entityName);
@@ -97,6 +104,7 @@ class ModelContainer {
   SQLiteStatement readMetadata_;
   SQLiteStatement raiseGeneration_;
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
+  bool isReadOnly_ = false;
   std::uint64_t savesCommitted_ = 0;
 };
 

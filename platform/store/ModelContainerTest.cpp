@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -184,6 +186,80 @@ TEST_F(ModelContainerTest, OlderVersionsGainNewColumnsAndTablesNewerOnesAreRefus
   expectRefused(Schema::of<Memo>("1.2"), StoreError::Code::newerVersion);
   expectRefused(Schema::of<MemoWithRank, Label>("2"), StoreError::Code::other);  // needs a migration
   EXPECT_EQ(ModelContainer::open(configuration(Schema::of<MemoWithRank, Label>("1.10.0")))->integrityCheck(), "ok");
+}
+
+/// 0 when `container` is read-only, reads its one memo and refuses a save
+/// with the read-only error without losing the pending change; else which
+/// check failed.
+int readOnlyProblems(const std::shared_ptr<ModelContainer>& container) {
+  if (!container->isReadOnly()) return 10;
+  ModelContext context(container);
+  const auto memos = context.fetch<Memo>();
+  if (memos.size() != 1 || memos[0]->text() != "kept") return 11;
+  context.insert(std::make_shared<Memo>("refused"));
+  try {
+    context.save();
+    return 12;
+  } catch (const StoreError& error) {
+    if (error.code() != StoreError::Code::readOnly) return 13;
+  }
+  if (!context.hasChanges() || context.fetch<Memo>().size() != 2) return 14;
+  return 0;
+}
+
+TEST_F(ModelContainerTest, StoresThatCannotBeWrittenAreReadAndNeverChanged) {
+  {
+    ModelContext context(ModelContainer::open(configuration(Schema::of<Memo>("1"))));
+    context.insert(std::make_shared<Memo>("kept"));
+    context.save();
+  }
+  const std::string before = contents(storePath());
+  // Permissions bind everyone but the superuser, so as root the checks run
+  // in a child that has become "nobody" and owns the files.
+  const bool root = ::geteuid() == 0;
+  constexpr uid_t nobody = 65534;
+  std::filesystem::permissions(home_, std::filesystem::perms(0755));
+  std::filesystem::permissions(home_ / "data", std::filesystem::perms(0755));
+  if (root) {
+    for (const auto& path : {home_ / "data", storePath().parent_path(), storePath()}) {
+      ASSERT_EQ(::chown(path.c_str(), nobody, nobody), 0);
+    }
+  }
+  ASSERT_EQ(::chmod(storePath().c_str(), 0400), 0);
+  ASSERT_EQ(::chmod(storePath().parent_path().c_str(), 0500), 0);
+
+  const pid_t child = ::fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    if (root && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) ::_exit(1);
+    int problem = 0;
+    try {
+      // A read-only folder: no log files can be made beside the store.
+      problem = readOnlyProblems(ModelContainer::open(configuration(Schema::of<Memo>("1"))));
+      // An older store that would need new columns cannot be upgraded.
+      if (problem == 0) {
+        try {
+          ModelContainer::open(configuration(Schema::of<MemoWithRank>("1.1")));
+          problem = 20;
+        } catch (const StoreError& error) {
+          if (error.code() != StoreError::Code::readOnly) problem = 21;
+        }
+      }
+      // A read-only file in a writable folder.
+      if (problem == 0 && ::chmod(storePath().parent_path().c_str(), 0700) != 0) problem = 2;
+      if (problem == 0) problem = readOnlyProblems(ModelContainer::open(configuration(Schema::of<Memo>("1"))));
+    } catch (...) {
+      problem = 3;
+    }
+    ::_exit(problem);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  ::chmod(storePath().parent_path().c_str(), 0700);
+  ::chmod(storePath().c_str(), 0600);
+  EXPECT_EQ(contents(storePath()), before);
 }
 
 }  // namespace

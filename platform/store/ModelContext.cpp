@@ -41,7 +41,8 @@ void ModelContext::save() {
     // Nothing in memory has changed yet: row keys and clean flags are only
     // handed out below, after the commit.
     container_->abandonWriting();
-    throw StoreError(error.code() == Code::busy ? Code::busy : Code::saveFailed, error.what());
+    const bool keepsCode = error.code() == Code::busy || error.code() == Code::readOnly;
+    throw StoreError(keepsCode ? error.code() : Code::saveFailed, error.what());
   } catch (...) {
     container_->abandonWriting();
     throw;

@@ -6,24 +6,43 @@
 
 namespace quillmont {
 
-SQLiteDatabase SQLiteDatabase::open(const char* path, int flags) {
+SQLiteDatabase SQLiteDatabase::open(const char* path, int flags, std::string_view label) {
   sqlite3* database = nullptr;
   // One connection per container, used from one thread: no connection mutex.
   const int result = sqlite3_open_v2(path, &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   SQLiteDatabase connection(database);  // closes the handle on failure too
   if (result != SQLITE_OK) {
-    throw SQLiteError::make(database, result, StoreError::Code::cannotOpen, std::string("opening ") + path);
+    throw SQLiteError::make(database, result, StoreError::Code::cannotOpen, "opening " + std::string(label));
   }
   sqlite3_extended_result_codes(database, 1);
   return connection;
 }
 
 SQLiteDatabase SQLiteDatabase::openFile(const std::string& path) {
-  return open(path.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  return open(path.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, path);
+}
+
+SQLiteDatabase SQLiteDatabase::openFileReadOnly(const std::string& path, bool immutable) {
+  if (!immutable) return open(path.c_str(), SQLITE_OPEN_READONLY, path);
+  // A URI carries the parameter; the path's own '?', '#' and '%' are escaped.
+  std::string uri = "file:";
+  for (const char c : path) {
+    if (c == '?' || c == '#' || c == '%') {
+      static constexpr char digits[] = "0123456789ABCDEF";
+      const auto byte = static_cast<unsigned char>(c);
+      uri += '%';
+      uri += digits[byte >> 4];
+      uri += digits[byte & 0xF];
+    } else {
+      uri += c;
+    }
+  }
+  uri += "?immutable=1";
+  return open(uri.c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, path);
 }
 
 SQLiteDatabase SQLiteDatabase::openInMemory() {
-  return open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY);
+  return open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY, "the store in memory");
 }
 
 SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }

@@ -19,6 +19,11 @@ class SQLiteDatabase {
   /// Opens the file at `path` read-write, creating it when missing; throws
   /// StoreError(cannotOpen).
   static SQLiteDatabase openFile(const std::string& path);
+  /// Opens the existing file at `path` for reading only. `immutable` also
+  /// promises SQLite that nobody changes the file while it is open, which
+  /// lets it read a write-ahead-logged store whose folder allows no log
+  /// files; throws StoreError(cannotOpen).
+  static SQLiteDatabase openFileReadOnly(const std::string& path, bool immutable);
   /// A private database in memory.
   static SQLiteDatabase openInMemory();
 
@@ -42,7 +47,7 @@ class SQLiteDatabase {
   bool isInTransaction() const { return sqlite3_get_autocommit(database_) == 0; }
 
  private:
-  static SQLiteDatabase open(const char* path, int flags);
+  static SQLiteDatabase open(const char* path, int flags, std::string_view label);
   explicit SQLiteDatabase(sqlite3* database) : database_(database) {}
 
   sqlite3* database_ = nullptr;

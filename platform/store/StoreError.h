@@ -16,6 +16,7 @@ class StoreError : public std::runtime_error {
     newerVersion,   ///< written by a newer schema version than this program knows
     busy,           ///< another process kept the store locked past the busy timeout
     saveFailed,     ///< a save was refused or failed; pending changes were kept
+    readOnly,       ///< the store can be read but not changed (its file or folder is read-only)
     other,
   };
 

@@ -12,11 +12,11 @@
 namespace quillmont {
 namespace {
 
+using testing::CommandRunner;
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using testing::CommandRunner;
 using testing::StoreProbe;
 
 TEST(BookingCommands, SetupStoresTheChosenSettings) {
@@ -101,6 +101,19 @@ TEST(BookingCommands, BookListAndDeleteByIdentifierPrefix) {
   adjustments = store.context().fetch<BalanceAdjustment>();
   ASSERT_EQ(adjustments.size(), 1u);
   EXPECT_EQ(adjustments[0]->kindRawValue(), "holiday");
+}
+
+TEST(BookingCommands, DaysBeforeTheGregorianReformAreShownAsTheyWereTyped) {
+  CommandRunner quillmont;
+  // Days before 1582-10-15 were once shown in the Julian calendar: ten days off.
+  for (const std::string day : {"1582-10-10", "1582-10-04", "1582-10-15", "1000-03-01"}) {
+    const auto booked = quillmont.run({"book", "30", "--day", day});
+    ASSERT_EQ(booked.exitCode, 0) << booked.err;
+    EXPECT_THAT(booked.err, HasSubstr("on " + day + " 12:00")) << day;
+  }
+  const auto setup = quillmont.run({"setup", "--start", "1582-10-10", "--balance", "0"});
+  ASSERT_EQ(setup.exitCode, 0) << setup.err;
+  EXPECT_THAT(setup.out, HasSubstr("Calculation start   1582-10-10"));
 }
 
 TEST(BookingCommands, CategoriesAreUniqueIgnoringCaseAndAtMostTwenty) {

@@ -5,7 +5,7 @@
 namespace quillmont {
 
 Calendar Display::gregorian(const Calendar& calendar) {
-  auto result = Calendar::make(calendar.timeZoneIdentifier(), "en_US_POSIX");
+  auto result = Calendar::iso8601(calendar.timeZoneIdentifier());
   return result ? *result : calendar;
 }
 

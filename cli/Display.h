@@ -1,6 +1,7 @@
 // Display: how the command line shows instants, amounts and identifiers.
-// Days and times are ISO 8601 in the user's time zone (Gregorian whatever
-// calendar the locale prefers, so what is shown can be typed back); amounts
+// Days and times are ISO 8601 in the user's time zone (Gregorian for every
+// day, before 1582 too, whatever calendar the locale prefers, so what is
+// shown is what DateInput reads back); amounts
 // are clock durations as the widget shows them ("+7:30", U+2212 for minus);
 // identifiers are shown by their first eight hexadecimal digits.
 #pragma once

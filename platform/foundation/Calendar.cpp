@@ -2,6 +2,7 @@
 
 #include <unicode/basictz.h>
 #include <unicode/calendar.h>
+#include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
@@ -26,8 +27,7 @@ Date fromICU(UDate udate) { return Date::fromTimeIntervalSince1970(udate / 1000.
 // ICU covers roughly +-5 million years; anything beyond (or not a number)
 // has no calendar answer.
 bool isRepresentable(Date date) {
-  return std::isfinite(date.timeIntervalSinceReferenceDate) &&
-         std::abs(date.timeIntervalSince1970()) < 1.0e14;
+  return std::isfinite(date.timeIntervalSinceReferenceDate) && std::abs(date.timeIntervalSince1970()) < 1.0e14;
 }
 
 std::unique_ptr<icu::Calendar> makeICUCalendar(icu::TimeZone* zone, const icu::Locale& locale) {
@@ -89,13 +89,23 @@ Calendar& Calendar::operator=(Calendar&&) noexcept = default;
 Calendar::~Calendar() = default;
 
 std::optional<Calendar> Calendar::make(std::string_view timeZoneIdentifier, std::string_view localeIdentifier) {
-  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(
-      icu::UnicodeString::fromUTF8(icu::StringPiece(timeZoneIdentifier.data(), static_cast<int32_t>(timeZoneIdentifier.size())))));
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(
+      icu::StringPiece(timeZoneIdentifier.data(), static_cast<int32_t>(timeZoneIdentifier.size())))));
   if (!zone || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
   const icu::Locale locale(std::string(localeIdentifier).c_str());
   auto calendar = makeICUCalendar(zone.release(), locale);
   if (!calendar) return std::nullopt;
   return Calendar(std::move(calendar));
+}
+
+std::optional<Calendar> Calendar::iso8601(std::string_view timeZoneIdentifier) {
+  auto calendar = make(timeZoneIdentifier, "en_US_POSIX@calendar=iso8601");
+  if (!calendar) return std::nullopt;
+  if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar->calendar_.get())) {
+    UErrorCode status = U_ZERO_ERROR;
+    gregorian->setGregorianChange(-std::numeric_limits<double>::max(), status);  // no Julian days
+  }
+  return calendar;
 }
 
 Calendar Calendar::autoupdatingCurrent() {
@@ -230,7 +240,8 @@ std::vector<Calendar::Day> Calendar::days(Date first, Date last) const {
   int32_t dstOffset = 0;
   const UDate firstUTC = toICU(firstStart);
   calendar_->getTimeZone().getOffset(firstUTC, false, rawOffset, dstOffset, status);
-  const auto firstLocalDay = static_cast<std::int64_t>(std::floor((firstUTC + rawOffset + dstOffset) / millisecondsPerDay));
+  const auto firstLocalDay =
+      static_cast<std::int64_t>(std::floor((firstUTC + rawOffset + dstOffset) / millisecondsPerDay));
   const UDate lastUTC = toICU(lastStart);
 
   result.reserve(static_cast<std::size_t>((lastUTC - firstUTC) / millisecondsPerDay) + 2);

@@ -39,6 +39,11 @@ class Calendar {
   /// ("en_US_POSIX", "de_DE", "th_TH@calendar=buddhist"). An unknown zone yields nothing.
   static std::optional<Calendar> make(std::string_view timeZoneIdentifier,
                                       std::string_view localeIdentifier = "en_US_POSIX");
+  /// The ISO 8601 calendar in an IANA time zone: Gregorian rules for every
+  /// day, also those before the Gregorian reform of 1582 (which the default
+  /// Gregorian calendar counts as Julian days), weeks from Monday. The days
+  /// people type as "YYYY-MM-DD" are these. An unknown zone yields nothing.
+  static std::optional<Calendar> iso8601(std::string_view timeZoneIdentifier);
   /// The process's own zone ($TZ or the system's) and locale ($LC_ALL, $LC_TIME, $LANG).
   static Calendar autoupdatingCurrent();
 

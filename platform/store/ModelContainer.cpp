@@ -80,8 +80,8 @@ std::string columnDefinition(const AttributeDescription& attribute) {
 std::string createTable(const EntityDescription& entity) {
   // AUTOINCREMENT: a row key is never reused, so a context that still holds
   // a record whose row another process deleted never mistakes a new row for it.
-  std::string sql = "CREATE TABLE " + identifier(entity.name) + " (" + identifier(keyColumn) +
-                    " INTEGER PRIMARY KEY AUTOINCREMENT";
+  std::string sql =
+      "CREATE TABLE " + identifier(entity.name) + " (" + identifier(keyColumn) + " INTEGER PRIMARY KEY AUTOINCREMENT";
   for (const auto& attribute : entity.attributes) sql += ", " + columnDefinition(attribute);
   return sql + ')';
 }
@@ -204,9 +204,8 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   const auto wanted = *parseVersion(schema.version);
   const int order = compareVersions(*stored, wanted);
   if (order > 0) {
-    throw StoreError(Code::newerVersion,
-                     label + " was written by a newer version (schema " + storedText + ", this program knows " +
-                         schema.version + ")");
+    throw StoreError(Code::newerVersion, label + " was written by a newer version (schema " + storedText +
+                                             ", this program knows " + schema.version + ")");
   }
   if (stored->front() != wanted.front()) {
     throw StoreError(Code::other,
@@ -268,7 +267,8 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
       // when no log is left over, the file alone is the whole store.
       std::filesystem::path log = *url;
       log += "-wal";
-      database = SQLiteDatabase::openFileReadOnly(url->string(), !folderWritable && !std::filesystem::exists(log, error));
+      database =
+          SQLiteDatabase::openFileReadOnly(url->string(), !folderWritable && !std::filesystem::exists(log, error));
     } else {
       keepPrivate(*url);
       database = SQLiteDatabase::openFile(url->string());
@@ -281,8 +281,9 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
   const bool needsChanges = !schemaChanges(database, configuration.schema, label).empty();
   if (readOnly) {
     if (needsChanges) {
-      throw StoreError(Code::readOnly, label + " is read-only and was written by an older version: it can be used "
-                                               "once this program may update it");
+      throw StoreError(Code::readOnly, label +
+                                           " is read-only and was written by an older version: it can be used "
+                                           "once this program may update it");
     }
   } else if (url) {
     SQLiteStatement journalMode = database.prepare("PRAGMA journal_mode = WAL");

@@ -14,7 +14,7 @@ declare -A allowed=(
   [core/reports]="platform core/ledger core/persistence core/engine core/reports"
   [core/archive]="platform core/ledger core/persistence core/engine core/archive"
   [widget]="platform core widget"
-  [desktop]="platform core widget desktop"
+  [desktop]="platform core widget cli desktop"
   [cli]="platform core widget cli"
 )
 

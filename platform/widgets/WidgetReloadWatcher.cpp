@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <sys/inotify.h>
-#include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <array>
@@ -12,32 +11,13 @@
 #include <cstring>
 #include <system_error>
 
+#include "platform/widgets/WallClockAlarm.h"
 #include "platform/widgets/WidgetCenter.h"
 
 namespace quillmont {
 namespace {
 
 [[noreturn]] void failWithErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
-
-// A wall-clock timer for `until`, cancelled when the clock is set.
-int armTimer(Date until) {
-  const int timer = ::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
-  if (timer < 0) failWithErrno("creating a timer");
-  const double since1970 = until.timeIntervalSince1970();
-  double whole = 0;
-  const double fraction = std::modf(since1970, &whole);
-  itimerspec deadline{};
-  deadline.it_value.tv_sec = static_cast<time_t>(whole);
-  deadline.it_value.tv_nsec = static_cast<long>(fraction * 1e9);
-  if (deadline.it_value.tv_sec <= 0 && deadline.it_value.tv_nsec <= 0) deadline.it_value.tv_nsec = 1;
-  if (::timerfd_settime(timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &deadline, nullptr) != 0) {
-    const int saved = errno;
-    ::close(timer);
-    errno = saved;
-    failWithErrno("arming a timer");
-  }
-  return timer;
-}
 
 }  // namespace
 
@@ -78,27 +58,24 @@ bool WidgetReloadWatcher::takeRequests() {
 WidgetReloadWatcher::Wake WidgetReloadWatcher::wait(std::optional<Date> until) {
   if (takeRequests()) return Wake::reloadRequested;
   if (until && *until <= Date::now()) return Wake::reloadDue;
-  const int timer = until ? armTimer(*until) : -1;
-  std::array<pollfd, 2> watched{pollfd{inotify_, POLLIN, 0}, pollfd{timer, POLLIN, 0}};
-  const nfds_t count = timer >= 0 ? 2 : 1;
+  std::optional<WallClockAlarm> alarm;
+  if (until) alarm.emplace().arm(*until);
+  std::array<pollfd, 2> watched{pollfd{inotify_, POLLIN, 0}, pollfd{alarm ? alarm->fileDescriptor() : -1, POLLIN, 0}};
   for (;;) {
-    if (::poll(watched.data(), count, -1) < 0) {
+    if (::poll(watched.data(), alarm ? 2 : 1, -1) < 0) {
       if (errno == EINTR) continue;
-      const int saved = errno;
-      if (timer >= 0) ::close(timer);
-      errno = saved;
       failWithErrno("waiting for widget reloads");
     }
-    if (watched[0].revents != 0 && takeRequests()) {
-      if (timer >= 0) ::close(timer);
-      return Wake::reloadRequested;
-    }
-    if (timer >= 0 && watched[1].revents != 0) {
-      std::uint64_t expirations = 0;
-      const ssize_t read = ::read(timer, &expirations, sizeof expirations);
-      const bool cancelled = read < 0 && errno == ECANCELED;
-      ::close(timer);
-      return cancelled ? Wake::clockChanged : Wake::reloadDue;
+    if (watched[0].revents != 0 && takeRequests()) return Wake::reloadRequested;
+    if (alarm && watched[1].revents != 0) {
+      switch (alarm->take()) {
+        case WallClockAlarm::Ring::due:
+          return Wake::reloadDue;
+        case WallClockAlarm::Ring::clockChanged:
+          return Wake::clockChanged;
+        case WallClockAlarm::Ring::notYet:
+          break;
+      }
     }
   }
 }

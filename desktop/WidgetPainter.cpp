@@ -1,0 +1,117 @@
+#include "desktop/WidgetPainter.h"
+
+#include <QFontMetricsF>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QPainterPath>
+#include <cmath>
+
+#include "desktop/SymbolPainter.h"
+
+namespace quillmont::WidgetPainter {
+namespace {
+
+void paintButton(QPainter& painter, const PlacedItem& item, const WidgetPalette& palette) {
+  const QColor tint = palette.color(item.color);
+  const double radius = item.frame.height() / 2;
+  QColor symbol = tint;
+  painter.setPen(Qt::NoPen);
+  if (item.buttonStyle == View::ButtonStyle::borderedProminent) {
+    painter.setBrush(tint);
+    painter.drawRoundedRect(item.frame, radius, radius);
+    symbol = QColor(255, 255, 255);
+  } else {
+    QColor fill = tint;
+    fill.setAlphaF(0.14f);
+    QColor outline = tint;
+    outline.setAlphaF(0.55f);
+    painter.setBrush(fill);
+    painter.setPen(QPen(outline, 1.2));
+    painter.drawRoundedRect(item.frame.adjusted(0.6, 0.6, -0.6, -0.6), radius, radius);
+  }
+  const double side = WidgetLayout::symbolSize;
+  SymbolPainter::paint(painter, item.systemImage,
+                       QRectF(item.frame.center() - QPointF(side / 2, side / 2), QSizeF(side, side)), symbol);
+}
+
+}  // namespace
+
+void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
+           const WidgetPalette& palette) {
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const QRectF bounds(QPointF(0, 0), layout.size());
+  QPainterPath container;
+  container.addRoundedRect(bounds, WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  painter.fillPath(container, palette.base);
+  if (!background.colors.empty()) {
+    const auto corner = [&](LinearGradient::Corner which) {
+      return which == LinearGradient::Corner::topLeading ? bounds.topLeft() : bounds.bottomRight();
+    };
+    QLinearGradient gradient(corner(background.start), corner(background.end));
+    const std::size_t last = background.colors.size() - 1;
+    for (std::size_t i = 0; i <= last; ++i) {
+      gradient.setColorAt(last == 0 ? 0.0 : static_cast<double>(i) / static_cast<double>(last),
+                          palette.color(background.colors[i]));
+    }
+    painter.fillPath(container, gradient);
+  }
+  painter.setClipPath(container);
+
+  for (const PlacedItem& item : layout.items()) {
+    switch (item.kind) {
+      case View::Kind::text:
+        painter.setFont(item.font);
+        painter.setPen(palette.color(item.color));
+        painter.drawText(item.frame, (item.wraps ? Qt::TextWordWrap : Qt::TextSingleLine) | Qt::AlignLeft | Qt::AlignVCenter,
+                         item.text);
+        break;
+      case View::Kind::image:
+        SymbolPainter::paint(painter, item.systemImage, item.frame, palette.color(item.color));
+        break;
+      case View::Kind::button:
+        paintButton(painter, item, palette);
+        break;
+      case View::Kind::row:
+      case View::Kind::column:
+      case View::Kind::spacer:
+        break;
+    }
+  }
+  painter.restore();
+}
+
+void paintMessage(QPainter& painter, QSizeF size, const QString& message, const WidgetPalette& palette) {
+  if (message.isEmpty()) return;
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  QFont font = WidgetLayout::fontFor(Font::of(Font::Style::caption).weighted(Font::Weight::medium));
+  const double margin = 10;
+  const QRectF area(margin, 0, size.width() - 2 * margin, size.height());
+  const QRectF text = QFontMetricsF(font).boundingRect(area.adjusted(10, 0, -10, 0), Qt::TextWordWrap | Qt::AlignCenter,
+                                                       message);
+  const QRectF box(area.left(), size.height() - margin - text.height() - 16, area.width(), text.height() + 16);
+  QColor fill = palette.primary;
+  fill.setAlphaF(0.88f);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(fill);
+  painter.drawRoundedRect(box, 12, 12);
+  painter.setFont(font);
+  painter.setPen(palette.base);
+  painter.drawText(box.adjusted(10, 0, -10, 0), Qt::TextWordWrap | Qt::AlignCenter, message);
+  painter.restore();
+}
+
+QImage render(const WidgetContent& content, QSizeF size, double scale, const WidgetPalette& palette) {
+  QImage image(static_cast<int>(std::lround(size.width() * scale)), static_cast<int>(std::lround(size.height() * scale)),
+               QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(scale);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  paint(painter, WidgetLayout(content.root, size), content.containerBackground, palette);
+  painter.end();
+  return image;
+}
+
+}  // namespace quillmont::WidgetPainter

@@ -1,0 +1,29 @@
+// WidgetPainter: draws a laid-out widget with QPainter: the rounded
+// container with the desktop's base colour under the tree's gradient, then
+// texts, symbols and buttons ("bordered": a tinted outline on a faint tint;
+// "bordered prominent": filled with the tint, the symbol in white). The same
+// drawing serves the window and offscreen images.
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include "desktop/WidgetLayout.h"
+#include "desktop/WidgetPalette.h"
+#include "platform/widgets/View.h"
+
+class QPainter;
+
+namespace quillmont::WidgetPainter {
+
+void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
+           const WidgetPalette& palette);
+
+/// A message over the bottom of the widget (an action's dialog).
+void paintMessage(QPainter& painter, QSizeF size, const QString& message, const WidgetPalette& palette);
+
+/// The widget drawn offscreen at `scale` device pixels per logical pixel,
+/// on a transparent image.
+QImage render(const WidgetContent& content, QSizeF size, double scale, const WidgetPalette& palette);
+
+}  // namespace quillmont::WidgetPainter

@@ -1,0 +1,172 @@
+// quillmont-widget: the time-bank widget on the desktop (see DesktopHost),
+// its offscreen rendering to PNG, and the window that quillmont:// links open.
+#include <QApplication>
+#include <QImage>
+#include <QTimer>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "desktop/DesktopAutostart.h"
+#include "desktop/DesktopHost.h"
+#include "desktop/WidgetPainter.h"
+#include "desktop/WidgetPalette.h"
+#include "desktop/WidgetWindow.h"
+#include "desktop/WindowPlacement.h"
+#include "platform/foundation/ProcessEntitlements.h"
+#include "widget/TimeBankWidget.h"
+
+namespace {
+
+using namespace quillmont;
+
+struct Arguments {
+  std::string size;
+  std::string instance;
+  std::string render;
+  double scale = 1;
+  bool dark = false;
+  std::string open;
+  bool noTray = false;
+  std::string autostart;
+  bool quitAfterFirstFrame = false;
+};
+
+void fail(const std::string& message) { std::cerr << "quillmont-widget: " << message << '\n'; }
+
+// On a Wayland session a program may neither place its window nor keep it
+// below others; through XWayland it may. Only when the person chose no
+// platform and XWayland is there.
+void preferX11ForWidgetWindows() {
+  const auto set = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+  };
+  if (!set("QT_QPA_PLATFORM") && set("WAYLAND_DISPLAY") && set("DISPLAY")) ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+}
+
+int render(const Arguments& arguments, WidgetFamily family) {
+  const WidgetConfiguration widget = TimeBankWidget().body();
+  const Timeline<RenderedEntry> timeline = widget.timeline(TimelineProviderContext{family, false});
+  if (timeline.entries.empty()) {
+    fail("the widget gave no entry to draw");
+    return 1;
+  }
+  const QImage image =
+      WidgetPainter::render(timeline.entries.front().content, WidgetLayout::sizeOf(family), arguments.scale,
+                            arguments.dark ? WidgetPalette::dark() : WidgetPalette::light());
+  if (!image.save(QString::fromStdString(arguments.render), "PNG")) {
+    fail("cannot write " + arguments.render);
+    return 1;
+  }
+  std::cout << "Drew the " << name(family) << " widget (" << image.width() << " × " << image.height() << ") into "
+            << arguments.render << ".\n";
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("The Quillmont time-bank widget on the desktop", "quillmont-widget");
+  app.set_version_flag("--version", std::string("quillmont-widget ") + QUILLMONT_VERSION);
+  Arguments arguments;
+  app.add_option("--size", arguments.size, "small or medium (default: the instance's last size, else small)")
+      ->check(CLI::IsMember({"small", "medium"}))
+      ->type_name("SIZE");
+  app.add_option("--instance", arguments.instance,
+                 "Name of this widget, to run several and remember each one's place (default: its size)")
+      ->type_name("NAME");
+  app.add_option("--render", arguments.render, "Draw the current widget into a PNG file and exit (no display needed)")
+      ->type_name("FILE.png");
+  app.add_option("--scale", arguments.scale, "Device pixels per logical pixel for --render (default 1)")
+      ->check(CLI::Range(0.5, 8.0))
+      ->type_name("N");
+  app.add_flag("--dark", arguments.dark, "Draw --render in the dark palette");
+  app.add_option("--open", arguments.open,
+                 "Open a quillmont:// link in the Quillmont window (in the running widget when there is one)")
+      ->type_name("URL");
+  app.add_flag("--no-tray", arguments.noTray, "Do not show the tray icon");
+  app.add_option("--autostart", arguments.autostart, "enable or disable starting this widget at login")
+      ->check(CLI::IsMember({"enable", "disable"}))
+      ->type_name("enable|disable");
+  app.add_flag("--quit-after-first-frame", arguments.quitAfterFirstFrame,
+               "Quit once the widget is drawn for the first time (for measuring start-up)");
+  app.footer(
+      "Environment:\n  QUILLMONT_HOME  folder for Quillmont's data instead of $XDG_DATA_HOME/quillmont\n\n"
+      "Exit status: 0 success, 1 failure, 2 usage error.");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    fail(error.what());
+    std::cerr << "Run `quillmont-widget --help` for more information.\n";
+    return 2;
+  }
+  if (const auto problem = ProcessEntitlements::overrideProblem()) {
+    fail(*problem);
+    return 1;
+  }
+
+  QString instance = QString::fromStdString(arguments.instance.empty() ? arguments.size : arguments.instance);
+  if (!instance.isEmpty() && !WindowPlacement::isValidInstance(instance)) {
+    fail("--instance: use letters, digits, '-' and '_' only");
+    return 2;
+  }
+  if (!arguments.autostart.empty()) {
+    try {
+      std::cout << DesktopAutostart::set(arguments.autostart == "enable", arguments.size, arguments.instance) << '\n';
+      return 0;
+    } catch (const std::exception& error) {
+      fail(error.what());
+      return 1;
+    }
+  }
+
+  ::setenv("NO_COLOR", "1", 1);  // the window shows the command line's pages as plain text
+  const bool renders = !arguments.render.empty();
+  if (renders) {
+    if (std::getenv("QT_QPA_PLATFORM") == nullptr) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  } else {
+    preferX11ForWidgetWindows();
+  }
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("quillmont-widget");
+  QApplication::setApplicationDisplayName("Quillmont");
+  QApplication::setDesktopFileName("quillmont-widget");
+
+  std::optional<WidgetFamily> family;
+  if (!arguments.size.empty()) family = widgetFamilyNamed(arguments.size);
+  if (instance.isEmpty()) instance = "small";
+  const auto placement = WindowPlacement::load(instance);
+  if (!family) family = placement ? placement->family : WidgetFamily::systemSmall;
+
+  if (renders) return render(arguments, *family);
+
+  const bool opensOnly = !arguments.open.empty();
+  if (opensOnly && SingleInstance::sendToRunning(DesktopHost::openMessagePrefix + QString::fromStdString(arguments.open))) {
+    return 0;
+  }
+  try {
+    DesktopHost host({*family, instance, !opensOnly, !opensOnly && !arguments.noTray});
+    host.instance().listen();
+    if (opensOnly) {
+      if (!host.openLink(QString::fromStdString(arguments.open))) {
+        fail("'" + arguments.open + "' is not a Quillmont link (try quillmont://overview)");
+        return 2;
+      }
+    } else {
+      QApplication::setQuitOnLastWindowClosed(false);
+      if (arguments.quitAfterFirstFrame) {
+        QObject::connect(host.widgetWindow(), &WidgetWindow::painted, &application, &QCoreApplication::quit,
+                         Qt::QueuedConnection);
+      }
+    }
+    return QApplication::exec();
+  } catch (const std::exception& error) {
+    fail(error.what());
+    return 1;
+  }
+}

@@ -234,6 +234,15 @@ void WidgetLayout::placeStack(const View& view, const QRectF& inner) {
   const double length = isRow ? inner.width() : inner.height();
   double overflow = std::max(0.0, used - length);
   const double share = growing > 0 ? std::max(0.0, length - used) / static_cast<double>(growing) : 0;
+  if (!isRow && overflow > 0) {
+    // Too tall: spacers give up their minimum lengths first.
+    for (std::size_t i = 0; i < count && overflow > 0; ++i) {
+      if (!isSpacer(view.children[i])) continue;
+      const double given = std::min(overflow, view.children[i].minLength.value_or(0));
+      sizes[i].setHeight(-given);
+      overflow -= given;
+    }
+  }
   if (isRow && overflow > 0) {
     // Texts give up width, last first (they then shrink or are cut).
     for (std::size_t i = count; i-- > 0 && overflow > 0;) {
@@ -247,7 +256,9 @@ void WidgetLayout::placeStack(const View& view, const QRectF& inner) {
   double position = isRow ? inner.left() : inner.top();
   for (std::size_t i = 0; i < count; ++i) {
     const View& child = view.children[i];
-    double along = isSpacer(child) ? child.minLength.value_or(0) : (isRow ? sizes[i].width() : sizes[i].height());
+    // (A spacer's size holds what it gave up of its minimum length.)
+    double along = isSpacer(child) ? child.minLength.value_or(0) + (isRow ? 0 : sizes[i].height())
+                                   : (isRow ? sizes[i].width() : sizes[i].height());
     if (grows(child, isRow)) along += share;
     QRectF frame;
     if (isRow) {

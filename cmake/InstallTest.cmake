@@ -14,7 +14,8 @@ run(${WORK_DIR}/build/consumer)
 # The installed program carries its entitlements, so it uses the shared group folder.
 run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/bin/quillmont book 15)
 run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/bin/quillmont doctor)
-foreach(installed share/applications/quillmont.desktop share/bash-completion/completions/quillmont
+foreach(installed share/applications/quillmont.desktop share/applications/quillmont-widget.desktop
+                  share/icons/hicolor/scalable/apps/quillmont.svg share/bash-completion/completions/quillmont
                   lib/cmake/Quillmont/QuillmontConfig.cmake)
   if(NOT EXISTS ${WORK_DIR}/prefix/${installed})
     message(FATAL_ERROR "not installed: ${installed}")
@@ -22,4 +23,12 @@ foreach(installed share/applications/quillmont.desktop share/bash-completion/com
 endforeach()
 if(NOT EXISTS ${WORK_DIR}/home/group.io.quillmont.ledger/Quillmont.store)
   message(FATAL_ERROR "the installed program did not use the shared group folder")
+endif()
+# The installed widget draws the same store's balance without a display.
+if(EXISTS ${WORK_DIR}/prefix/bin/quillmont-widget)
+  run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home QT_QPA_PLATFORM=offscreen
+      ${WORK_DIR}/prefix/bin/quillmont-widget --render ${WORK_DIR}/widget.png --size medium)
+  if(NOT EXISTS ${WORK_DIR}/widget.png)
+    message(FATAL_ERROR "the installed widget drew no picture")
+  endif()
 endif()

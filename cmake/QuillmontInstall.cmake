@@ -1,6 +1,7 @@
 # Installation: the libraries with their headers and a CMake package
-# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the program
-# (its entitlements are built into it) and the desktop integration files.
+# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the programs
+# (their entitlements are built into them) and the desktop integration files: the launcher, the
+# quillmont:// handler, the icon.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -22,7 +23,15 @@ install(FILES ${PROJECT_BINARY_DIR}/QuillmontConfig.cmake ${PROJECT_BINARY_DIR}/
 if(TARGET quillmont)
   install(TARGETS quillmont RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+if(TARGET quillmont-widget)
+  install(TARGETS quillmont-widget RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+# The launcher, and the handler of quillmont:// links (which opens the
+# Quillmont window of the running widget, or a new one).
+install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop ${PROJECT_SOURCE_DIR}/share/quillmont-widget.desktop
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${PROJECT_SOURCE_DIR}/share/icons/quillmont.svg
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
 

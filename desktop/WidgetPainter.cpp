@@ -19,7 +19,10 @@ void paintButton(QPainter& painter, const PlacedItem& item, const WidgetPalette&
   if (item.buttonStyle == View::ButtonStyle::borderedProminent) {
     painter.setBrush(tint);
     painter.drawRoundedRect(item.frame, radius, radius);
-    symbol = QColor(255, 255, 255);
+    // White on the tint, unless the tint is too light to carry it (the
+    // brighter mint of the dark palette).
+    const double luminance = 0.2126 * tint.redF() + 0.7152 * tint.greenF() + 0.0722 * tint.blueF();
+    symbol = luminance > 0.7 ? palette.base : QColor(255, 255, 255);
   } else {
     QColor fill = tint;
     fill.setAlphaF(0.14f);

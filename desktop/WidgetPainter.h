@@ -1,8 +1,9 @@
 // WidgetPainter: draws a laid-out widget with QPainter: the rounded
 // container with the desktop's base colour under the tree's gradient, then
 // texts, symbols and buttons ("bordered": a tinted outline on a faint tint;
-// "bordered prominent": filled with the tint, the symbol in white). The same
-// drawing serves the window and offscreen images.
+// "bordered prominent": filled with the tint, the symbol in white, or in the
+// base colour on a tint too light for white). The same drawing serves the
+// window and offscreen images.
 #pragma once
 
 #include <QImage>

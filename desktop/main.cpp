@@ -48,6 +48,14 @@ void preferX11ForWidgetWindows() {
   if (!set("QT_QPA_PLATFORM") && set("WAYLAND_DISPLAY") && set("DISPLAY")) ::setenv("QT_QPA_PLATFORM", "xcb", 1);
 }
 
+// Qt's notice that $XDG_RUNTIME_DIR is missing (root shells, CI, containers)
+// says nothing a person can act on here; every other message passes.
+QtMessageHandler defaultHandler = nullptr;
+void filterMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (message.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set")) return;
+  if (defaultHandler != nullptr) defaultHandler(type, context, message);
+}
+
 int render(const Arguments& arguments, WidgetFamily family) {
   const WidgetConfiguration widget = TimeBankWidget().body();
   const Timeline<RenderedEntry> timeline = widget.timeline(TimelineProviderContext{family, false});
@@ -132,6 +140,7 @@ int main(int argc, char** argv) {
   } else {
     preferX11ForWidgetWindows();
   }
+  defaultHandler = qInstallMessageHandler(filterMessages);
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillmont-widget");
   QApplication::setApplicationDisplayName("Quillmont");

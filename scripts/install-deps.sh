@@ -6,6 +6,7 @@ packages=(
   libicu-dev libsqlite3-dev libsimdjson-dev uuid-dev libcli11-dev
   googletest libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
   clang libclang-rt-14-dev
+  qt6-base-dev fonts-dejavu-core xvfb xauth
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# The desktop widget as a whole program, on the offscreen platform:
+#   - start-up: from process start to the first painted frame (hyperfine,
+#     `quillmont-widget --quit-after-first-frame`), beside `quillmont --version`;
+#   - idle: CPU time used over IDLE_SECONDS (default 60) while nothing happens;
+#   - memory: resident set size after start-up and after the idle period.
+# Usage: bench/desktop.sh [BUILD_DIR]   (default build/release)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build/release}
+idle=${IDLE_SECONDS:-60}
+widget=$build/desktop/quillmont-widget
+home=$(mktemp -d)
+trap 'kill "$pid" 2>/dev/null || true; rm -rf "$home"' EXIT
+export QUILLMONT_HOME=$home QT_QPA_PLATFORM=offscreen TZ=${TZ:-Europe/Berlin}
+"$build/cli/quillmont" setup --start today --balance 3:15 --week 8h,8h,8h,8h,6h,0,0 >/dev/null 2>&1
+
+hyperfine --warmup 3 --runs 30 -N \
+  "$widget --size medium --no-tray --quit-after-first-frame" \
+  "$build/cli/quillmont --version"
+
+"$widget" --size medium --no-tray --instance bench >/dev/null 2>&1 &
+pid=$!
+sleep 2
+ticks() { awk '{print $14 + $15}' "/proc/$pid/stat"; }
+rss() { awk '/^VmRSS/ {print $2 " kB"}' "/proc/$pid/status"; }
+echo "resident after start-up: $(rss)"
+before=$(ticks)
+sleep "$idle"
+after=$(ticks)
+echo "idle for ${idle} s: $((after - before)) clock ticks of CPU (1 tick = 1/$(getconf CLK_TCK) s)"
+echo "resident after idling: $(rss)"

@@ -1,0 +1,75 @@
+// Links reach the running program: `quillmont-widget --open URL` in another
+// process opens the page in this one's Quillmont window, whose pages show
+// what the command line shows.
+#include "desktop/DesktopHost.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string>
+
+#include "cli/testing/CommandRunner.h"
+#include "desktop/QuillmontWindow.h"
+
+namespace quillmont {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::CommandRunner;
+
+bool waitFor(const std::function<bool()>& condition, int milliseconds) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition()) {
+    if (timer.elapsed() > milliseconds) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
+  return true;
+}
+
+TEST(DesktopHost, ALinkOpenedElsewhereRaisesThisProgramsWindowAtItsPage) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "2:00", "--week", "0,0,0,0,0,0,0"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-45m", "--category", "appointment", "--note", "dentist"}).exitCode, 0);
+  quillmont.shareStoreWithThisProcess();
+  // The pages are drawn in this process: in the program's zone, one day for both.
+  const std::string zone = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
+  ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
+  ::tzset();
+
+  DesktopHost host({WidgetFamily::systemSmall, "links", false, false});
+  ASSERT_TRUE(host.instance().listen());
+  EXPECT_EQ(host.mainWindow(), nullptr);
+
+  QProcess other;
+  other.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+  other.start(QUILLMONT_WIDGET_BINARY, {"--open", "quillmont://history"});
+  ASSERT_TRUE(other.waitForStarted());
+  ASSERT_TRUE(waitFor([&] { return other.state() == QProcess::NotRunning; }, 10000));
+  EXPECT_EQ(other.exitCode(), 0) << other.readAllStandardError().toStdString();
+  ASSERT_TRUE(waitFor([&] { return host.mainWindow() != nullptr && host.mainWindow()->isVisible(); }, 2000));
+  QuillmontWindow& window = *host.mainWindow();
+  EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::history));
+  EXPECT_THAT(window.pageText(AppRoute::history).toStdString(), HasSubstr("dentist"));
+
+  // Each page is the command line's own text for the link.
+  EXPECT_TRUE(host.openLink("quillmont://overview"));
+  EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::overview));
+  EXPECT_THAT(window.pageText(AppRoute::overview).toStdString(), HasSubstr("+1:15"));
+  EXPECT_EQ(window.pageText(AppRoute::overview).toStdString(), quillmont.run({"open", "quillmont://overview"}).out);
+  EXPECT_FALSE(host.openLink("https://example.org"));
+  EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::overview));
+  zone.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone.c_str(), 1);
+  ::tzset();
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+}  // namespace
+}  // namespace quillmont

@@ -10,6 +10,7 @@
 
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/engine/RecordChoice.h"
+#include "core/engine/StoredDayStart.h"
 #include "core/engine/TimeBankDateBounds.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/AdjustmentKindConfiguration.h"
@@ -150,7 +151,8 @@ std::shared_ptr<TimeBankSettings> makeDefaultSettings() {
 
 bool normalizeSettings(TimeBankSettings& settings, const Calendar& calendar, Date now) {
   const Date start = std::min(
-      calendar.startOfDay(std::max(TimeBankDateBounds::earliestCalculationDate(calendar), settings.calculationStartDate())),
+      StoredDayStart::startOfDay(
+          std::max(TimeBankDateBounds::earliestCalculationDate(calendar), settings.calculationStartDate()), calendar),
       calendar.startOfDay(Date::now()));
   const WeekdayMinutes weekdays = clamped(settings.weekdayMinutes());
   const std::int64_t balance = std::clamp(settings.startingBalanceMinutes(), -maximumBalanceMinutes, maximumBalanceMinutes);
@@ -187,7 +189,7 @@ bool reconcileSchedules(ModelContext& context, const Calendar& calendar, Date no
       schedule->setCreatedAt(times.createdAt);
       changed = true;
     }
-    const Date dayStart = calendar.startOfDay(schedule->effectiveFrom());
+    const Date dayStart = StoredDayStart::startOfDay(schedule->effectiveFrom(), calendar);
     std::uint64_t bits;
     std::memcpy(&bits, &dayStart.timeIntervalSinceReferenceDate, sizeof bits);
     auto& group = byDay[bits];

@@ -178,6 +178,15 @@ std::optional<Date> Calendar::dateByAddingSeconds(std::int64_t seconds, Date dat
   return result;
 }
 
+std::int64_t Calendar::secondsFromGMT(Date date) const {
+  if (!isRepresentable(date)) return 0;
+  int32_t rawOffset = 0;
+  int32_t dstOffset = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  calendar_->getTimeZone().getOffset(date.timeIntervalSince1970() * 1000.0, false, rawOffset, dstOffset, status);
+  return U_FAILURE(status) ? 0 : (static_cast<std::int64_t>(rawOffset) + dstOffset) / 1000;
+}
+
 int Calendar::weekday(Date date) const {
   UErrorCode status = U_ZERO_ERROR;
   calendar_->setTime(toICU(date), status);

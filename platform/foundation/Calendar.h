@@ -66,6 +66,8 @@ class Calendar {
   /// `date` moved by whole days keeping the wall-clock time where it exists.
   std::optional<Date> dateByAddingDays(std::int64_t days, Date date) const;
   std::optional<Date> dateByAddingSeconds(std::int64_t seconds, Date date) const;
+  /// The time zone's offset from UTC at `date`, daylight saving included.
+  std::int64_t secondsFromGMT(Date date) const;
   /// 1 Sunday, 2 Monday ... 7 Saturday, in this calendar's time zone.
   int weekday(Date date) const;
   /// Midnight (or the first instant) of the given day in this calendar's system and zone.

@@ -149,10 +149,12 @@ std::shared_ptr<TimeBankSettings> makeDefaultSettings() {
       Date::now());
 }
 
-bool normalizeSettings(TimeBankSettings& settings, const Calendar& calendar, Date now) {
+bool normalizeSettings(TimeBankSettings& settings, const Calendar& calendar, const std::optional<Calendar>& daysZone,
+                       Date now) {
   const Date start = std::min(
       StoredDayStart::startOfDay(
-          std::max(TimeBankDateBounds::earliestCalculationDate(calendar), settings.calculationStartDate()), calendar),
+          std::max(TimeBankDateBounds::earliestCalculationDate(calendar), settings.calculationStartDate()), calendar,
+          daysZone),
       calendar.startOfDay(Date::now()));
   const WeekdayMinutes weekdays = clamped(settings.weekdayMinutes());
   const std::int64_t balance = std::clamp(settings.startingBalanceMinutes(), -maximumBalanceMinutes, maximumBalanceMinutes);
@@ -176,7 +178,8 @@ bool normalizeSettings(TimeBankSettings& settings, const Calendar& calendar, Dat
   return true;
 }
 
-bool reconcileSchedules(ModelContext& context, const Calendar& calendar, Date now) {
+bool reconcileSchedules(ModelContext& context, const Calendar& calendar, const std::optional<Calendar>& daysZone,
+                        Date now) {
   bool changed = false;
   const auto schedules = context.fetch<WorkSchedule>();
   // Grouped by the bits of the day's start: groups are independent, so their
@@ -189,7 +192,7 @@ bool reconcileSchedules(ModelContext& context, const Calendar& calendar, Date no
       schedule->setCreatedAt(times.createdAt);
       changed = true;
     }
-    const Date dayStart = StoredDayStart::startOfDay(schedule->effectiveFrom(), calendar);
+    const Date dayStart = StoredDayStart::startOfDay(schedule->effectiveFrom(), calendar, daysZone);
     std::uint64_t bits;
     std::memcpy(&bits, &dayStart.timeIntervalSinceReferenceDate, sizeof bits);
     auto& group = byDay[bits];
@@ -272,14 +275,19 @@ std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, 
       }
     }
   }
-  changed |= normalizeSettings(*settings, calendar, now);
+  // Days written in another zone keep their day here (see StoredDayStart).
+  const std::optional<Calendar> daysZone = StoredDayStart::writtenIn(context, calendar);
+  changed |= normalizeSettings(*settings, calendar, daysZone, now);
   // Schedules change seldom and their day starts cost a calendar
   // computation each: skip them like work entries, for the same calendar.
   const auto pass = PassRecord<WorkSchedule>::current(context, now, calendarFingerprint(calendar));
   const bool schedulesInOrder = pass.allowsSkipping(context);
-  const bool schedulesChanged = !schedulesInOrder && reconcileSchedules(context, calendar, now);
+  const bool schedulesChanged = !schedulesInOrder && reconcileSchedules(context, calendar, daysZone, now);
   changed |= schedulesChanged;
   if (saveChanges && changed) context.save();
+  if (saveChanges && !context.hasChanges<TimeBankSettings>() && !context.hasChanges<WorkSchedule>()) {
+    StoredDayStart::recordWrittenIn(context, calendar);
+  }
   if (saveChanges && !schedulesInOrder && !schedulesChanged && !context.hasChanges<WorkSchedule>()) pass.write(context);
   return settings;
 }

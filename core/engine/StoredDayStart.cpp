@@ -2,32 +2,41 @@
 
 #include <cmath>
 
+#include "platform/store/ModelContext.h"
+#include "platform/store/StoreError.h"
+
 namespace quillmont::StoredDayStart {
 namespace {
 
+constexpr std::string_view zoneKey = "days.timeZone";
 constexpr double secondsPerDay = 86400;
-constexpr double earliestOffset = -10 * 3600.0;  // the window is one day long: [−10:00, +14:00)
-constexpr double offsetStep = 900;               // every zone's offset is a whole number of quarter hours
-constexpr double tolerance = 0.001;
 
 }  // namespace
 
-Date startOfDay(Date stored, const Calendar& calendar) {
+Date startOfDay(Date stored, const Calendar& calendar, const std::optional<Calendar>& writtenIn) {
   const Date local = calendar.startOfDay(stored);
-  const double seconds = stored.timeIntervalSince1970();
-  if (local == stored || !std::isfinite(seconds)) return local;
+  if (local == stored || !writtenIn || !std::isfinite(stored.timeIntervalSinceReferenceDate)) return local;
+  if (writtenIn->startOfDay(stored) != stored) return local;  // a time of day, not a day start there
+  // Noon of that day on the writer's clock, moved to the same wall-clock
+  // time on the reader's, lies inside the same calendar day for the reader.
+  const Date noon = stored.addingTimeInterval(secondsPerDay / 2);
+  const auto shift = static_cast<double>(writtenIn->secondsFromGMT(noon) - calendar.secondsFromGMT(noon));
+  return calendar.startOfDay(noon.addingTimeInterval(shift));
+}
 
-  // The offset in the window at which `stored` is midnight.
-  double offset = std::fmod(-seconds - earliestOffset, secondsPerDay);
-  if (offset < 0) offset += secondsPerDay;
-  const double step = std::fmod(offset, offsetStep);
-  if (step > tolerance && offsetStep - step > tolerance) return local;
-  offset = std::round(offset) + earliestOffset;
+std::optional<Calendar> writtenIn(ModelContext& context, const Calendar& calendar) {
+  const auto zone = context.container()->metadata(zoneKey);
+  if (!zone || *zone == calendar.timeZoneIdentifier()) return std::nullopt;
+  return Calendar::make(*zone);
+}
 
-  // Noon of the day the instant starts at that offset, on the reader's
-  // clock, lies inside that same day for the reader.
-  const double readerOffset = static_cast<double>(calendar.secondsFromGMT(stored));
-  return calendar.startOfDay(stored.addingTimeInterval(offset - readerOffset + secondsPerDay / 2));
+void recordWrittenIn(ModelContext& context, const Calendar& calendar) {
+  const std::string zone = calendar.timeZoneIdentifier();
+  if (context.container()->metadata(zoneKey) == zone) return;
+  try {
+    context.container()->setMetadata(zoneKey, zone);
+  } catch (const StoreError&) {
+  }
 }
 
 }  // namespace quillmont::StoredDayStart

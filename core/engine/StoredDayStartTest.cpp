@@ -9,8 +9,8 @@
 namespace quillmont {
 namespace {
 
-// Zones people live in, from −10:00 to +13:45 with half and three-quarter
-// hours, both hemispheres' daylight saving, and São Paulo's skipped midnights.
+// Zones from −10:00 to +13:45, with half and three-quarter hours, both
+// hemispheres' daylight saving, and São Paulo's skipped midnights.
 const std::vector<std::string> zones{"Pacific/Honolulu", "America/Los_Angeles", "America/New_York", "America/Sao_Paulo",
                                      "UTC",              "Europe/Berlin",       "Asia/Kolkata",     "Asia/Kathmandu",
                                      "Asia/Tokyo",       "Australia/Adelaide",  "Pacific/Auckland", "Pacific/Chatham"};
@@ -30,10 +30,10 @@ TEST(StoredDayStart, ADayStartWrittenInOneZoneIsTheSameDayInEveryOther) {
         const Date localNoon = Date::fromTimeIntervalSince1970(localDay * 86400 + 43200);
         const Date expected =
             reader.startOfDay(localNoon - static_cast<double>(reader.secondsFromGMT(localNoon)));
-        ASSERT_EQ(StoredDayStart::startOfDay(written, reader), expected)
+        ASSERT_EQ(StoredDayStart::startOfDay(written, reader, writer), expected)
             << "written in " << writerZone << ", read in " << readerZone << ", day " << day;
         // And back: what the reader stores is the writer's day again.
-        ASSERT_EQ(StoredDayStart::startOfDay(expected, writer), written)
+        ASSERT_EQ(StoredDayStart::startOfDay(expected, writer, reader), written)
             << "read back in " << writerZone << " from " << readerZone << ", day " << day;
       }
     }
@@ -44,10 +44,14 @@ TEST(StoredDayStart, ATimeOfDayIsTheDayItFallsOnForTheReader) {
   const Calendar tokyo = *Calendar::make("Asia/Tokyo");
   const Calendar berlin = *Calendar::make("Europe/Berlin");
   const Date afternoon = Date::fromTimeIntervalSince1970(1767623833);  // 2026-01-05 14:37:13 UTC
-  EXPECT_EQ(StoredDayStart::startOfDay(afternoon, tokyo), tokyo.startOfDay(afternoon));
-  EXPECT_EQ(StoredDayStart::startOfDay(afternoon, berlin), berlin.startOfDay(afternoon));
+  EXPECT_EQ(StoredDayStart::startOfDay(afternoon, tokyo, berlin), tokyo.startOfDay(afternoon));
+  EXPECT_EQ(StoredDayStart::startOfDay(afternoon, berlin, tokyo), berlin.startOfDay(afternoon));
+  // 17:00 in Berlin is midnight in Perth, but the store's days were written in Berlin.
+  const Date evening = *berlin.date(2026, 1, 5) + 17 * 3600.0;
+  EXPECT_EQ(StoredDayStart::startOfDay(evening, tokyo, berlin), tokyo.startOfDay(evening));
   const Date dayStart = *berlin.date(2026, 1, 5);
-  EXPECT_EQ(StoredDayStart::startOfDay(dayStart, berlin), dayStart);
+  EXPECT_EQ(StoredDayStart::startOfDay(dayStart, berlin, std::nullopt), dayStart);
+  EXPECT_EQ(StoredDayStart::startOfDay(dayStart, tokyo, std::nullopt), tokyo.startOfDay(dayStart));
 }
 
 }  // namespace

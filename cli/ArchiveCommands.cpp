@@ -1,5 +1,7 @@
 #include "cli/ArchiveCommands.h"
 
+#include <filesystem>
+
 #include <string>
 #include <unordered_set>
 #include <variant>
@@ -33,7 +35,11 @@ std::string counted(std::size_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-void exportArchive(const std::string& file) {
+void exportArchive(const std::string& file, bool force) {
+  std::error_code error;
+  if (!force && !FileTransfer::isStandardStream(file) && std::filesystem::exists(file, error)) {
+    throw CommandFailure(file + " exists already; run `quillmont export " + file + " --force` to replace it");
+  }
   StoreSession session;
   ProgressLine progress;
   progress.show("Reading the store...");
@@ -154,9 +160,11 @@ void addImportOptions(CLI::App& command, ImportOptions& options, const char* wha
 void install(CommandSet& commands) {
   CLI::App& root = commands.root();
   auto file = std::make_shared<std::string>();
+  auto force = std::make_shared<bool>(false);
   CLI::App* exportCommand = commands.add(root, "export", "Write every record as a JSON archive",
-                                         [file] { exportArchive(*file); });
+                                         [file, force] { exportArchive(*file, *force); });
   exportCommand->add_option("FILE", *file, "Where to write it (\"-\" or none: standard output)");
+  exportCommand->add_flag("--force", *force, "Replace FILE when it exists");
 
   auto importOptions = std::make_shared<ImportOptions>();
   CLI::App* importCommand = commands.add(root, "import", "Merge a JSON archive into the store (last writer wins)",

@@ -58,6 +58,15 @@ TEST(ArchiveCommands, ExportReimportedIntoASecondHomeGivesTheSameCsv) {
   EXPECT_THAT(testing::readFile(file), StartsWith("{\n"));
   EXPECT_THAT(first.run({"export"}).out, HasSubstr("\"note\" : \"a/b \\\"quoted\\\"\""));  // standard output
 
+  // An existing file is replaced only when asked to.
+  const std::string before = testing::readFile(file);
+  const auto refused = first.run({"export", file.string()});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_THAT(refused.err, HasSubstr("exists already; run `quillmont export " + file.string() + " --force`"));
+  EXPECT_EQ(testing::readFile(file), before);
+  ASSERT_EQ(first.run({"export", file.string(), "--force"}).exitCode, 0);
+  EXPECT_NE(testing::readFile(file), before);  // a later "exportedAt"
+
   CommandRunner second;
   const auto dryRun = second.run({"import", "--dry-run", file.string()});
   ASSERT_EQ(dryRun.exitCode, 0) << dryRun.err;

@@ -1,5 +1,7 @@
 #include "cli/WorkCommands.h"
 
+#include "cli/CommandFailure.h"
+
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -64,9 +66,9 @@ void timerStart() {
 void timerStop() {
   StoreSession session;
   const auto running = TimerSessionController::runningEntry(session.context(), session.now());
+  // Nothing to stop is a refusal, which scripts must be able to tell.
   if (!running || !TimerSessionController::stop(session.context(), session.now())) {
-    Terminal::message("The timer is not running.");
-    return;
+    throw CommandFailure("The timer is not running.");
   }
   reportStop(session, running);
 }

@@ -32,7 +32,9 @@ TEST(WorkCommands, TimerSession) {
   const auto stopped = quillmont.run({"timer", "stop"});
   EXPECT_EQ(stopped.exitCode, 0);
   EXPECT_THAT(stopped.err, HasSubstr("Timer stopped at"));
-  EXPECT_THAT(quillmont.run({"timer", "stop"}).err, HasSubstr("not running"));
+  const auto again = quillmont.run({"timer", "stop"});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_THAT(again.err, HasSubstr("quillmont: The timer is not running."));
   entries = store.context().fetch<WorkEntry>();
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_FALSE(entries[0]->isRunning());

@@ -64,35 +64,66 @@ struct PassRecord {
     return {context.generation<Model>(), now, std::move(calendar)};
   }
 
+  /// The pass the store records for the type, if it holds a readable one.
+  static std::optional<PassRecord> stored(ModelContainer& container) {
+    const auto text = container.metadata(key());
+    if (!text) return std::nullopt;
+    PassRecord pass;
+    double seconds = 0;
+    const char* end = text->data() + text->size();
+    const auto [middle, error] = std::from_chars(text->data(), end, pass.generation);
+    if (error != std::errc{} || middle == end || *middle != ' ') return std::nullopt;
+    const auto [after, timeError] = std::from_chars(middle + 1, end, seconds);
+    if (timeError != std::errc{}) return std::nullopt;
+    pass.at = Date(seconds);
+    if (after != end) pass.calendar.assign(after + 1, end);
+    return pass;
+  }
+
   /// Whether the store records a pass that lets `current` skip the type.
   bool allowsSkipping(ModelContext& context) const {
     if (context.hasChanges<Model>()) return false;
-    const auto text = context.container()->metadata(key());
-    if (!text) return false;
-    std::int64_t storedGeneration = 0;
-    double seconds = 0;
-    const char* end = text->data() + text->size();
-    const auto [middle, error] = std::from_chars(text->data(), end, storedGeneration);
-    if (error != std::errc{} || middle == end || *middle != ' ') return false;
-    const auto [after, timeError] = std::from_chars(middle + 1, end, seconds);
-    if (timeError != std::errc{}) return false;
-    const std::string_view storedCalendar =
-        after == end ? std::string_view() : std::string_view(after + 1, static_cast<std::size_t>(end - after - 1));
-    return storedGeneration == generation && at >= Date(seconds) && storedCalendar == calendar;
+    const auto pass = stored(*context.container());
+    return pass && pass->generation == generation && at >= pass->at && pass->calendar == calendar;
   }
 
   /// Records this pass. Only a hint for later passes: when it cannot be
   /// written, they check again.
   void write(ModelContext& context) const {
+    try {
+      write(*context.container());
+    } catch (const StoreError&) {
+    }
+  }
+
+  void write(ModelContainer& container) const {
     std::string text = std::to_string(generation);
     char buffer[32];
     text += ' ';
     text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, at.timeIntervalSinceReferenceDate).ptr);
     if (!calendar.empty()) text += ' ' + calendar;
-    try {
-      context.container()->setMetadata(key(), text);
-    } catch (const StoreError&) {
-    }
+    container.setMetadata(key(), text);
+  }
+
+  /// Carries the recorded pass through this context's saves of the type:
+  /// when the store was in order before a save and every record it writes
+  /// is in order at `now`, it is in order after the save too (a record in
+  /// order at one instant stays so later), and the pass moves to the new
+  /// generation in the save's own transaction. So a writer that books one
+  /// record does not make the next command check the whole table again.
+  template <class InOrder>
+  static void keepCurrent(ModelContext& context, Date now, InOrder inOrder) {
+    ModelContainer* container = context.container().get();  // outlives the context's observers
+    context.setSaveObserver<Model>(key(), [container, now, inOrder](const ModelContext::SavedRecords<Model>& saved) {
+      auto pass = stored(*container);
+      if (!pass || pass->generation != saved.previousGeneration) return;
+      for (const Model* record : saved.written) {
+        if (!inOrder(*record, now)) return;
+      }
+      pass->generation = saved.generation;
+      pass->at = std::max(pass->at, now);
+      pass->write(*container);
+    });
   }
 };
 
@@ -101,38 +132,68 @@ std::string calendarFingerprint(const Calendar& calendar) {
   return calendar.timeZoneIdentifier() + '/' + calendar.identifier() + '/' + Calendar::timeZoneDataVersion();
 }
 
-bool reconcileEntry(WorkEntry& entry, Date now) {
-  const std::int64_t breakMinutes = std::clamp<std::int64_t>(entry.breakMinutes(), 0, maximumBreakMinutes);
-  std::optional<Date> end = entry.endedAt();
-  if (end) end = std::max(entry.startedAt(), *end);
-  std::string note = NoteValidation::normalized(entry.note());
-  const Timestamps times = normalizedTimestamps(entry, now);
-  if (breakMinutes == entry.breakMinutes() && same(end, entry.endedAt()) && note == entry.note() &&
-      same(times.modifiedAt, entry.modifiedAt()) && same(times.createdAt, entry.createdAt())) {
-    return false;
+// The normal form of a work entry and of a booking: what reconcileActivity
+// stores for them.
+struct EntryForm {
+  std::int64_t breakMinutes;
+  std::optional<Date> end;
+  std::string note;
+  Timestamps times;
+
+  EntryForm(const WorkEntry& entry, Date now)
+      : breakMinutes(std::clamp<std::int64_t>(entry.breakMinutes(), 0, maximumBreakMinutes)),
+        end(entry.endedAt() ? std::optional(std::max(entry.startedAt(), *entry.endedAt())) : std::nullopt),
+        note(NoteValidation::normalized(entry.note())),
+        times(normalizedTimestamps(entry, now)) {}
+
+  bool describes(const WorkEntry& entry) const {
+    return breakMinutes == entry.breakMinutes() && same(end, entry.endedAt()) && note == entry.note() &&
+           same(times.modifiedAt, entry.modifiedAt()) && same(times.createdAt, entry.createdAt());
   }
-  entry.setBreakMinutes(breakMinutes);
-  entry.setEndedAt(end);
-  entry.setNote(std::move(note));
-  entry.setModifiedAt(times.modifiedAt);
-  entry.setCreatedAt(times.createdAt);
+};
+
+struct AdjustmentForm {
+  std::string kind;
+  std::int64_t minutes;
+  std::string note;
+  Timestamps times;
+
+  AdjustmentForm(const BalanceAdjustment& adjustment, Date now)
+      : kind(AdjustmentCategoryValidation::normalizedRawValue(adjustment.kindRawValue())),
+        minutes(AdjustmentCategoryValidation::normalizedMinutes(adjustment.minutes(), kind)),
+        note(NoteValidation::normalized(adjustment.note())),
+        times(normalizedTimestamps(adjustment, now)) {}
+
+  bool describes(const BalanceAdjustment& adjustment) const {
+    return kind == adjustment.kindRawValue() && minutes == adjustment.minutes() && note == adjustment.note() &&
+           same(times.modifiedAt, adjustment.modifiedAt()) && same(times.createdAt, adjustment.createdAt());
+  }
+};
+
+bool entryInOrder(const WorkEntry& entry, Date now) { return EntryForm(entry, now).describes(entry); }
+bool adjustmentInOrder(const BalanceAdjustment& adjustment, Date now) {
+  return AdjustmentForm(adjustment, now).describes(adjustment);
+}
+
+bool reconcileEntry(WorkEntry& entry, Date now) {
+  EntryForm form(entry, now);
+  if (form.describes(entry)) return false;
+  entry.setBreakMinutes(form.breakMinutes);
+  entry.setEndedAt(form.end);
+  entry.setNote(std::move(form.note));
+  entry.setModifiedAt(form.times.modifiedAt);
+  entry.setCreatedAt(form.times.createdAt);
   return true;
 }
 
 bool reconcileAdjustment(BalanceAdjustment& adjustment, Date now) {
-  std::string kind = AdjustmentCategoryValidation::normalizedRawValue(adjustment.kindRawValue());
-  const std::int64_t minutes = AdjustmentCategoryValidation::normalizedMinutes(adjustment.minutes(), kind);
-  std::string note = NoteValidation::normalized(adjustment.note());
-  const Timestamps times = normalizedTimestamps(adjustment, now);
-  if (kind == adjustment.kindRawValue() && minutes == adjustment.minutes() && note == adjustment.note() &&
-      same(times.modifiedAt, adjustment.modifiedAt()) && same(times.createdAt, adjustment.createdAt())) {
-    return false;
-  }
-  adjustment.setKindRawValue(std::move(kind));
-  adjustment.setMinutes(minutes);
-  adjustment.setNote(std::move(note));
-  adjustment.setModifiedAt(times.modifiedAt);
-  adjustment.setCreatedAt(times.createdAt);
+  AdjustmentForm form(adjustment, now);
+  if (form.describes(adjustment)) return false;
+  adjustment.setKindRawValue(std::move(form.kind));
+  adjustment.setMinutes(form.minutes);
+  adjustment.setNote(std::move(form.note));
+  adjustment.setModifiedAt(form.times.modifiedAt);
+  adjustment.setCreatedAt(form.times.createdAt);
   return true;
 }
 
@@ -234,19 +295,33 @@ std::shared_ptr<TimeBankSettings> reconcile(ModelContext& context, const Calenda
 }
 
 void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
-  // Work entries are the largest table and most commands never change them.
-  const auto pass = PassRecord<WorkEntry>::current(context, now, "");
-  const bool entriesInOrder = pass.allowsSkipping(context);
+  // Most commands change neither table: a type found in order by an earlier
+  // pass, and not written since, is not read again here.
+  const auto entryPass = PassRecord<WorkEntry>::current(context, now, "");
+  const bool entriesInOrder = entryPass.allowsSkipping(context);
   bool entriesChanged = false;
   if (!entriesInOrder) {
     for (const auto& entry : context.fetch<WorkEntry>()) entriesChanged |= reconcileEntry(*entry, now);
   }
-  bool changed = entriesChanged;
-  for (const auto& adjustment : context.fetch<BalanceAdjustment>()) changed |= reconcileAdjustment(*adjustment, now);
-  if (saveChanges && changed) context.save();
-  // A pass that repaired entries raised the generation; the next pass finds
-  // them in order and records that.
-  if (saveChanges && !entriesInOrder && !entriesChanged && !context.hasChanges<WorkEntry>()) pass.write(context);
+  const auto adjustmentPass = PassRecord<BalanceAdjustment>::current(context, now, "");
+  const bool adjustmentsInOrder = adjustmentPass.allowsSkipping(context);
+  bool adjustmentsChanged = false;
+  if (!adjustmentsInOrder) {
+    for (const auto& adjustment : context.fetch<BalanceAdjustment>()) {
+      adjustmentsChanged |= reconcileAdjustment(*adjustment, now);
+    }
+  }
+  if (saveChanges) {
+    PassRecord<WorkEntry>::keepCurrent(context, now, entryInOrder);
+    PassRecord<BalanceAdjustment>::keepCurrent(context, now, adjustmentInOrder);
+  }
+  if (saveChanges && (entriesChanged || adjustmentsChanged)) context.save();
+  // A pass that repaired a type raised its generation; the next pass finds
+  // it in order and records that.
+  if (saveChanges && !entriesInOrder && !entriesChanged && !context.hasChanges<WorkEntry>()) entryPass.write(context);
+  if (saveChanges && !adjustmentsInOrder && !adjustmentsChanged && !context.hasChanges<BalanceAdjustment>()) {
+    adjustmentPass.write(context);
+  }
 }
 
 std::shared_ptr<TimeBankSettings> reconcileConfiguration(ModelContext& context, const Calendar& calendar, Date now,

@@ -1,7 +1,11 @@
 #include "core/engine/ManualLedgerMigration.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <tuple>
 
 #include "core/engine/DataStoreMaintenance.h"
@@ -10,6 +14,7 @@
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 #include "core/persistence/AppConstants.h"
+#include "platform/store/StoreError.h"
 
 namespace quillmont::ManualLedgerMigration {
 namespace {
@@ -42,7 +47,69 @@ bool beginLedger(ModelContext& context, Date now, bool saveChanges) {
   return true;
 }
 
+namespace {
+
+/// How many ledger start markers the store holds, read without loading every booking.
+std::size_t markerCount(ModelContext& context) {
+  std::size_t count = 0;
+  context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& adjustment) { count += isCarryover(adjustment); });
+  return count;
+}
+
+// The generation of the bookings at which they held exactly one marker,
+// kept in the store: while the bookings are unchanged there is nothing to
+// look for. Saves of this context that neither write nor delete a marker
+// carry it to their new generation, in their own transaction.
+constexpr std::string_view singleMarkerKey = "ledger.singleMarkerGeneration";
+
+std::optional<std::int64_t> singleMarkerGeneration(ModelContainer& container) {
+  const auto text = container.metadata(singleMarkerKey);
+  std::int64_t generation = 0;
+  if (!text || std::from_chars(text->data(), text->data() + text->size(), generation).ec != std::errc{}) {
+    return std::nullopt;
+  }
+  return generation;
+}
+
+void recordSingleMarker(ModelContainer& container, std::int64_t generation) {
+  container.setMetadata(singleMarkerKey, std::to_string(generation));
+}
+
+void keepSingleMarkerCurrent(ModelContext& context) {
+  ModelContainer* container = context.container().get();  // outlives the context's observers
+  context.setSaveObserver<BalanceAdjustment>(
+      std::string(singleMarkerKey), [container](const ModelContext::SavedRecords<BalanceAdjustment>& saved) {
+        if (singleMarkerGeneration(*container) != saved.previousGeneration) return;
+        const auto touchesMarker = [](const BalanceAdjustment* record) { return isCarryover(*record); };
+        if (std::any_of(saved.written.begin(), saved.written.end(), touchesMarker) ||
+            std::any_of(saved.deleted.begin(), saved.deleted.end(), touchesMarker)) {
+          return;
+        }
+        recordSingleMarker(*container, saved.generation);
+      });
+}
+
+/// Whether the bookings hold exactly one marker, the usual case.
+bool holdsSingleMarker(ModelContext& context, bool saveChanges) {
+  const bool unsaved = context.hasChanges<BalanceAdjustment>();
+  const std::int64_t generation = context.generation<BalanceAdjustment>();
+  if (!unsaved && singleMarkerGeneration(*context.container()) == generation) return true;
+  const bool single = markerCount(context) == 1;
+  if (single && !unsaved && saveChanges) {
+    try {
+      recordSingleMarker(*context.container(), generation);
+    } catch (const StoreError&) {
+      // Only a hint: the next run counts again.
+    }
+  }
+  return single;
+}
+
+}  // namespace
+
 bool reconcile(ModelContext& context, TimeBankSettings& settings, const Calendar& calendar, Date now, bool saveChanges) {
+  if (saveChanges) keepSingleMarkerCurrent(context);
+  if (holdsSingleMarker(context, saveChanges)) return false;
   const auto found = markers(context);
   if (!found.empty()) {
     const auto kept = RecordChoice::greatest(found, [](const BalanceAdjustment& marker) {

@@ -432,10 +432,12 @@ std::int64_t scheduledMinutes(Date date, const TimeBankSettings& settings, Sched
 
 TimeInterval ledgerBalanceSeconds(Adjustments adjustments, std::int64_t startingBalanceMinutes, Date through) {
   TimeInterval total = 0;
-  for (const auto& adjustment : adjustments) {
-    if (adjustment->date() <= through) total += seconds(adjustment->minutes());
-  }
+  for (const auto& adjustment : adjustments) total += ledgerSecondsOf(adjustment->date(), adjustment->minutes(), through);
   return seconds(startingBalanceMinutes) + total;
+}
+
+TimeInterval ledgerSecondsOf(Date date, std::int64_t minutes, Date through) {
+  return date <= through ? seconds(minutes) : 0.0;
 }
 
 std::vector<DayBalance> ledgerDayBalances(Adjustments adjustments, const DateInterval& interval,

@@ -65,6 +65,10 @@ std::int64_t scheduledMinutes(Date date, const TimeBankSettings& settings, Sched
 /// The ledger balance: the starting balance plus every adjustment dated at
 /// or before the instant `through`, whatever the calculation start.
 TimeInterval ledgerBalanceSeconds(Adjustments adjustments, std::int64_t startingBalanceMinutes, Date through);
+/// What one adjustment of `minutes` dated `date` adds to the ledger balance
+/// at `through`; for summing a table without holding its records. Sums of
+/// whole minutes are exact in any order.
+TimeInterval ledgerSecondsOf(Date date, std::int64_t minutes, Date through);
 
 /// One balance per day of `interval` (its end excluded) holding only the
 /// adjustments booked in the interval.

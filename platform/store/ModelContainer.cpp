@@ -369,6 +369,18 @@ ModelContainer::EntityStore& ModelContainer::entityStore(std::string_view entity
   return store;
 }
 
+SQLiteStatement& ModelContainer::selectColumns(EntityStore& store, std::initializer_list<std::string_view> names) {
+  std::string columns;
+  for (const std::string_view name : names) columns += (columns.empty() ? "" : ", ") + identifier(name);
+  for (auto& [list, statement] : store.selections) {
+    if (list == columns) return statement;
+  }
+  SQLiteStatement statement =
+      database_.prepare("SELECT " + (columns.empty() ? identifier(keyColumn) : columns) + " FROM " +
+                        identifier(store.description->name));
+  return store.selections.emplace_back(std::move(columns), std::move(statement)).second;
+}
+
 std::int64_t ModelContainer::dataVersion() {
   if (!dataVersion_) dataVersion_ = database_.prepare("PRAGMA data_version");
   SQLiteStatement::Scope scope(dataVersion_);
@@ -406,8 +418,7 @@ void ModelContainer::raiseGeneration(std::string_view entityName) {
 }
 
 void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
-  beginWriting();
-  try {
+  const auto write = [&] {
     SQLiteStatement statement =
         database_.prepare("INSERT OR REPLACE INTO " + identifier(metadataTable) + " VALUES (?1, ?2)");
     const std::string keyText(key);  // bound without a copy: live until the step
@@ -415,6 +426,14 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
     statement.bind(1, keyText);
     statement.bind(2, valueText);
     statement.step();
+  };
+  if (database_.isInTransaction()) {  // a save's observer: part of that save
+    write();
+    return;
+  }
+  beginWriting();
+  try {
+    write();
     database_.execute("COMMIT", Code::saveFailed);  // not a save of records
   } catch (...) {
     abandonWriting();

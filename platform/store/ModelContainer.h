@@ -19,10 +19,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/store/ModelConfiguration.h"
@@ -60,8 +62,9 @@ class ModelContainer {
   std::int64_t generation(std::string_view entityName);
   /// A small text kept in the store beside the records (not a record).
   std::optional<std::string> metadata(std::string_view key);
-  /// Stores `value` under `key` in a transaction of its own; throws
-  /// StoreError(busy or saveFailed).
+  /// Stores `value` under `key`: within the save when called from a save
+  /// observer (see ModelContext), else in a transaction of its own. Throws
+  /// StoreError(busy, saveFailed or readOnly).
   void setMetadata(std::string_view key, std::string_view value);
 
  private:
@@ -78,6 +81,8 @@ class ModelContainer {
     /// own commits leave `PRAGMA data_version` alone, so contexts on this
     /// container compare this count to notice each other's saves.
     std::uint64_t commitCount = 0;
+    /// Selections of some columns (see selectColumns), by their column list.
+    std::vector<std::pair<std::string, SQLiteStatement>> selections;
   };
 
   ModelContainer(ModelConfiguration configuration, std::optional<std::filesystem::path> url, SQLiteDatabase database,
@@ -85,6 +90,9 @@ class ModelContainer {
 
   /// Throws StoreError(other) when the schema has no such record type.
   EntityStore& entityStore(std::string_view entityName);
+  /// A statement that reads the named attributes of every row, in that
+  /// order; prepared once per list.
+  SQLiteStatement& selectColumns(EntityStore& store, std::initializer_list<std::string_view> names);
   /// Changes whenever another connection commits to the file.
   std::int64_t dataVersion();
 

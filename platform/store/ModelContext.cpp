@@ -35,7 +35,12 @@ void ModelContext::save() {
     for (const auto& entity : entities_) {
       if (entity->write()) written.push_back(entity.get());
     }
-    for (Entity* entity : written) container_->raiseGeneration(entity->store.description->name);
+    for (Entity* entity : written) {
+      const std::string& name = entity->store.description->name;
+      const std::int64_t previous = entity->isObserved() ? container_->generation(name) : 0;
+      container_->raiseGeneration(name);
+      if (entity->isObserved()) entity->notifyObserver(previous, previous + 1);
+    }
     container_->commitWriting();
   } catch (const StoreError& error) {
     // Nothing in memory has changed yet: row keys and clean flags are only

@@ -17,8 +17,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -47,6 +51,15 @@ class ModelContext {
   template <class Model>
   std::vector<std::shared_ptr<Model>> fetch(const FetchDescriptor<Model>& descriptor = {});
 
+  /// Calls `visit(const Model&)` for every record `fetch()` would return,
+  /// in no particular order, with only the named attributes certain to be
+  /// read: a table this context has not loaded, and holds no changes of, is
+  /// read column by column into one scratch record, so a large table can be
+  /// summed up without an object per row. Throws StoreError like fetch, and
+  /// for a name that is not an attribute of the type.
+  template <class Model, class Visit>
+  void forEach(std::initializer_list<std::string_view> attributeNames, Visit visit);
+
   /// Adds a new record to be saved; a record already inserted or saved is
   /// left alone, and inserting a record that waits for deletion keeps it.
   template <class Model>
@@ -74,6 +87,34 @@ class ModelContext {
   template <class Model>
   std::int64_t generation() {
     return container_->generation(Model::entityName);
+  }
+
+  /// What a save observer is told: the type's generation before and after
+  /// the save, the records of the type it inserted or changed, and those it
+  /// deleted.
+  template <class Model>
+  struct SavedRecords {
+    std::int64_t previousGeneration = 0;
+    std::int64_t generation = 0;
+    std::vector<const Model*> written;
+    std::vector<const Model*> deleted;
+  };
+
+  /// Calls `observer` inside the transaction of every later save of this
+  /// context that writes records of the type, once they are written; it
+  /// replaces an earlier observer of the type under the same name. Metadata
+  /// it sets through the container commits with the save or not at all, and
+  /// an observer that throws fails the save.
+  template <class Model>
+  void setSaveObserver(std::string name, std::function<void(const SavedRecords<Model>&)> observer) {
+    auto& observers = table<Model>().observers;
+    const auto known = std::find_if(observers.begin(), observers.end(),
+                                    [&](const auto& named) { return named.first == name; });
+    if (known != observers.end()) {
+      known->second = std::move(observer);
+    } else {
+      observers.emplace_back(std::move(name), std::move(observer));
+    }
   }
 
   /// Writes every pending change in one transaction. Does nothing (not even
@@ -105,6 +146,9 @@ class ModelContext {
     /// every record is clean again.
     virtual void didCommit() = 0;
     virtual void discardPending() = 0;
+    virtual bool isObserved() const = 0;
+    /// Inside the transaction, after write(): tells the save observer.
+    virtual void notifyObserver(std::int64_t previousGeneration, std::int64_t generation) = 0;
 
     /// Whether the table has to be read (again) before a fetch.
     bool isStale();
@@ -246,6 +290,20 @@ class ModelContext::RecordTable final : public Entity {
     loaded = false;  // changed records get their saved values back
   }
 
+  bool isObserved() const override { return !observers.empty(); }
+
+  void notifyObserver(std::int64_t previousGeneration, std::int64_t generation) override {
+    SavedRecords<Model> saved{previousGeneration, generation, {}, {}};
+    saved.written.reserve(inserted.size());
+    for (const Record& record : inserted) saved.written.push_back(record.get());
+    for (const Record& record : rows) {
+      const PersistentModel& known = state(*record);
+      if (known.hasChanges_ && known.pending_ == Pending::nothing) saved.written.push_back(record.get());
+    }
+    for (const Record& record : deleted) saved.deleted.push_back(record.get());
+    for (const auto& [name, observer] : observers) observer(saved);
+  }
+
   static void bindAttributes(SQLiteStatement& statement, const Model& record) {
     int index = 1;
     for (const auto& attribute : Model::attributes()) {
@@ -266,6 +324,7 @@ class ModelContext::RecordTable final : public Entity {
   std::vector<Record> inserted;  ///< pending inserts, in insertion order
   std::vector<Record> deleted;   ///< saved records waiting for deletion
   std::vector<std::int64_t> newKeys;  ///< row keys of this save's inserts, handed out after the commit
+  std::vector<std::pair<std::string, std::function<void(const SavedRecords<Model>&)>>> observers;
 };
 
 template <class Model>
@@ -314,6 +373,38 @@ std::vector<std::shared_ptr<Model>> ModelContext::fetch(const FetchDescriptor<Mo
     });
   }
   return result;
+}
+
+template <class Model, class Visit>
+void ModelContext::forEach(std::initializer_list<std::string_view> attributeNames, Visit visit) {
+  RecordTable<Model>& records = table<Model>();
+  if ((records.loaded && !records.isStale()) || records.hasChanges()) {
+    for (const auto& record : fetch<Model>()) visit(static_cast<const Model&>(*record));
+    return;
+  }
+  const auto attributes = Model::attributes();
+  std::vector<typename Attribute<Model>::Member> members;
+  members.reserve(attributeNames.size());
+  for (const std::string_view name : attributeNames) {
+    const auto found = std::find_if(attributes.begin(), attributes.end(),
+                                    [&](const auto& attribute) { return attribute.name == name; });
+    if (found == attributes.end()) {
+      throw StoreError(StoreError::Code::other,
+                       std::string(Model::entityName) + " has no attribute " + std::string(name));
+    }
+    members.push_back(found->member);
+  }
+  SQLiteStatement& select = container_->selectColumns(records.store, attributeNames);
+  SQLiteStatement::Scope scope(select);
+  Model scratch{PersistentModel::ForLoading{}};
+  while (select.step()) {
+    int column = 0;
+    for (const auto& member : members) {
+      std::visit([&](auto pointer) { select.read(column, scratch.*pointer); }, member);
+      ++column;
+    }
+    visit(static_cast<const Model&>(scratch));
+  }
 }
 
 template <class Model>

@@ -1,15 +1,21 @@
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
 
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <tuple>
+#include <vector>
 #include <ctime>
 #include <optional>
 #include <string>
 
+#include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/TimeBankTransactionController.h"
 #include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
@@ -119,6 +125,110 @@ TEST_F(WidgetSnapshotBuilderTest, TodayIsTheLocalDayOfTheProcessZone) {
   EXPECT_EQ(snapshot.todayWorkedSeconds, 30 * 60);
   EXPECT_EQ(snapshot.todayExpectedSeconds, 15 * 60);
   EXPECT_EQ(snapshot.balanceSeconds, (30 + 60 - 15) * 60);
+}
+
+// The marks that let a command skip maintenance and the ledger-start check
+// must never change a result. Two stores go through the same commands and
+// the same writes of another program (bookings out of normal form, extra
+// and deleted start markers, a clock that goes back); one store loses its
+// marks before every command, so it always takes the full path. Both must
+// hold the same bookings and give the same widget figures after every command.
+struct Twin {
+  std::shared_ptr<ModelContainer> container = QuillmontPersistence::makeContainer(true, false, false);
+
+  using Row = std::tuple<double, std::int64_t, std::string, std::string, double, double, bool>;
+  std::vector<Row> rows() {
+    ModelContext context(container);
+    std::vector<Row> result;
+    for (const auto& adjustment : context.fetch<BalanceAdjustment>()) {
+      result.emplace_back(adjustment->date().timeIntervalSinceReferenceDate, adjustment->minutes(),
+                          adjustment->kindRawValue(), adjustment->note(),
+                          adjustment->createdAt().timeIntervalSinceReferenceDate,
+                          adjustment->modifiedAt().timeIntervalSinceReferenceDate,
+                          ManualLedgerMigration::isCarryover(*adjustment));
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+  }
+  void forgetMarks() {
+    for (const char* key : {"maintenance.BalanceAdjustmentChecked", "maintenance.WorkEntryChecked",
+                            "maintenance.WorkScheduleChecked", "ledger.singleMarkerGeneration"}) {
+      container->setMetadata(key, "-");
+    }
+  }
+};
+
+RC_GTEST_PROP(WidgetSnapshotBuilderProperty, MarksNeverChangeWhatACommandSees, ()) {
+  const Date start = *Calendar::make("UTC")->date(2026, 5, 12) + 9 * 3600.0;
+  Twin marked;
+  Twin full;
+  for (Twin* twin : {&marked, &full}) {
+    ModelContext context(twin->container);
+    context.insert(std::make_shared<TimeBankSettings>(*UUID::parse("00000000-0000-4000-8000-000000000001"),
+                                                      start - 86400 * 30, 0, defaultWeekdayMinutes,
+                                                      std::vector<std::int64_t>{}, "", "[]", true, start - 86400));
+    context.save();
+  }
+  Date now = start;
+  // A write of records as they come (an import, or another program): out of
+  // normal form, extra start markers, deletions.
+  struct Write {
+    bool deletes;
+    UUID id;
+    std::int64_t minutes;
+    std::string category;
+    Date modifiedAt;
+    void apply(ModelContext& context, Date now) const {
+      if (deletes) {
+        const auto all = context.fetch<BalanceAdjustment>();
+        if (!all.empty()) context.deleteRecord(all[all.size() / 2]);
+        return;
+      }
+      auto adjustment = std::make_shared<BalanceAdjustment>(id, now - 3600, minutes, " note ",
+                                                            BalanceAdjustmentKind::manual, now - 3600, modifiedAt);
+      adjustment->setKindRawValue(category);
+      context.insert(adjustment);
+    }
+  };
+  const auto someWrite = [&] {
+    const int kind = *rc::gen::inRange(0, 4);
+    return Write{kind == 1, kind == 0 ? ManualLedgerMigration::adjustmentID() : UUID::random(),
+                 *rc::gen::element<std::int64_t>(30, -30, 70000, -2000),
+                 *rc::gen::element<std::string>("manual", "holiday", "Holiday", "lunchBreak"),
+                 now + *rc::gen::element(0, 3600, 86400)};
+  };
+  const int steps = *rc::gen::inRange(1, 14);
+  for (int step = 0; step < steps; ++step) {
+    now = now + *rc::gen::inRange(-900, 4 * 3600);  // the clock may go back
+    const Date::ScopedClock clock(now);
+    if (*rc::gen::inRange(0, 5) < 2) {
+      // A command: maintenance, a booking or a write of records as they
+      // come, then the widget's figures.
+      const std::int64_t minutes = *rc::gen::element<std::int64_t>(0, 60, -60, 45);
+      const std::optional<Write> write = minutes == 0 ? std::optional(someWrite()) : std::nullopt;
+      full.forgetMarks();
+      std::vector<WidgetSnapshot> snapshots;
+      for (Twin* twin : {&marked, &full}) {
+        ModelContext context(twin->container);
+        DataStoreMaintenance::reconcile(context, Calendar::autoupdatingCurrent(), now, true);
+        if (minutes != 0) TimeBankTransactionController::record(minutes, now, "", "manual", context);
+        if (write) {
+          write->apply(context, now);
+          context.save();
+        }
+        snapshots.push_back(WidgetSnapshotBuilder::make(context, now));
+      }
+      RC_ASSERT(snapshots[0] == snapshots[1]);
+      RC_ASSERT(marked.rows() == full.rows());
+    } else {
+      const Write write = someWrite();
+      for (Twin* twin : {&marked, &full}) {
+        ModelContext context(twin->container);
+        write.apply(context, now);
+        context.save();
+      }
+    }
+  }
 }
 
 }  // namespace

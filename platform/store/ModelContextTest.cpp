@@ -335,6 +335,74 @@ TEST_F(ModelContextTest, FiltersAndSorts) {
 
 // Two processes save 200 single-record transactions each into one file at
 // the same time: both succeed, nothing is lost.
+// forEach reads only the columns asked for from a table the context has not
+// loaded, and otherwise sees exactly what fetch sees (pending work included).
+TEST_F(ModelContextTest, ForEachVisitsWhatFetchWouldReturn) {
+  ModelContext writer(open());
+  Tasks saved = saveTasks(writer, {"a", "b", "c"});
+  saved[1]->setPriority(7);
+  writer.save();
+
+  ModelContext reader(writer.container());
+  std::vector<std::pair<std::string, std::int64_t>> seen;
+  reader.forEach<Task>({"priority", "title"}, [&](const Task& task) {
+    seen.emplace_back(task.title(), task.priority());
+    EXPECT_FALSE(task.dueAt()) << "a column not asked for keeps its default";
+  });
+  EXPECT_EQ(seen, (std::vector<std::pair<std::string, std::int64_t>>{{"a", 0}, {"b", 7}, {"c", 0}}));
+
+  // Pending changes: an insert, a deletion and an unsaved value.
+  auto d = std::make_shared<Task>("d", 3);
+  writer.insert(d);
+  writer.deleteRecord(saved[0]);
+  saved[2]->setPriority(5);
+  std::int64_t total = 0;
+  std::size_t count = 0;
+  writer.forEach<Task>({"priority"}, [&](const Task& task) { total += task.priority(), ++count; });
+  EXPECT_EQ(count, 3U);
+  EXPECT_EQ(total, 7 + 5 + 3);
+
+  EXPECT_THROW(reader.forEach<Task>({"colour"}, [](const Task&) {}), StoreError);
+}
+
+// Observers run inside the save's transaction: what they write commits with
+// the save, and when they throw the save fails as a whole.
+TEST_F(ModelContextTest, SaveObserversShareTheSavesTransaction) {
+  ModelContext context(open());
+  Tasks saved = saveTasks(context, {"a", "b"});
+  const std::int64_t before = context.generation<Task>();
+
+  std::vector<std::string> written;
+  std::vector<std::string> deleted;
+  context.setSaveObserver<Task>("names", [&](const ModelContext::SavedRecords<Task>& records) {
+    EXPECT_EQ(records.previousGeneration, before);
+    EXPECT_EQ(records.generation, before + 1);
+    for (const Task* task : records.written) written.push_back(task->title());
+    for (const Task* task : records.deleted) deleted.push_back(task->title());
+    context.container()->setMetadata("observed", std::to_string(records.generation));
+  });
+  context.insert(std::make_shared<Task>("c"));
+  saved[0]->setPriority(1);
+  context.deleteRecord(saved[1]);
+  context.save();
+  EXPECT_EQ(written, (std::vector<std::string>{"c", "a"}));
+  EXPECT_EQ(deleted, (std::vector<std::string>{"b"}));
+  EXPECT_EQ(context.container()->metadata("observed"), std::to_string(before + 1));
+
+  // The same name replaces the observer; this one fails the save.
+  context.setSaveObserver<Task>("names", [&](const ModelContext::SavedRecords<Task>& records) {
+    context.container()->setMetadata("observed", std::to_string(records.generation));
+    throw StoreError(StoreError::Code::other, "refused");
+  });
+  saved[0]->setPriority(2);
+  EXPECT_THROW(context.save(), StoreError);
+  EXPECT_TRUE(context.hasChanges());
+  EXPECT_EQ(context.generation<Task>(), before + 1);
+  EXPECT_EQ(context.container()->metadata("observed"), std::to_string(before + 1));
+  ModelContext fresh(open());
+  EXPECT_EQ(fresh.fetch<Task>()[0]->priority(), 1);
+}
+
 TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   open();  // create the store before the writers start
   int start[2];

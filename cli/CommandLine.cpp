@@ -1,10 +1,13 @@
 #include "cli/CommandLine.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
@@ -39,16 +42,66 @@ Environment:
 
 Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 
-void installCommands(CommandSet& commands) {
-  OverviewCommand::install(commands);
-  BookingCommands::install(commands);
-  WorkCommands::install(commands);
-  ReportCommands::install(commands);
-  SettingsCommands::install(commands);
-  ArchiveCommands::install(commands);
-  OpenCommand::install(commands);
-  WidgetCommands::install(commands);
-  HousekeepingCommands::install(commands);
+// The command families and the top-level commands each adds. A run builds
+// only the family of the command it was given (building all of them costs
+// more than a booking); help and words that name no command get them all,
+// so a command missing from these lists is only slower. A command listed
+// under the wrong family would be unknown: CommandLine.EveryCommandHasHelp
+// runs each one.
+struct Family {
+  void (*install)(CommandSet&);
+  std::initializer_list<std::string_view> commands;
+};
+
+const std::array<Family, 9>& families() {
+  static const std::array<Family, 9> list{{
+      {OverviewCommand::install, {"overview"}},
+      {BookingCommands::install, {"book", "bookings"}},
+      {WorkCommands::install, {"timer", "work"}},
+      {ReportCommands::install, {"report", "csv"}},
+      {SettingsCommands::install, {"setup", "settings", "schedule", "kinds", "category"}},
+      {ArchiveCommands::install, {"export", "import", "import-legacy"}},
+      {OpenCommand::install, {"open"}},
+      {WidgetCommands::install, {"widget"}},
+      {HousekeepingCommands::install, {"erase", "doctor"}},
+  }};
+  return list;
+}
+
+// The first word of the line that is not an option of the program itself
+// (nothing when there is none), and whether help was asked for before it.
+struct CommandWord {
+  std::string_view word;
+  bool asksForHelp = false;
+};
+
+CommandWord commandWord(int argc, char** argv) {
+  CommandWord found;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (argument == "--data-home") {
+      ++i;  // its value
+    } else if (argument == "-h" || argument.starts_with("--help")) {
+      found.asksForHelp = true;
+    } else if (argument == "--") {
+      if (i + 1 < argc) found.word = argv[i + 1];
+      break;
+    } else if (!argument.starts_with("-")) {
+      found.word = argument;
+      break;
+    }
+  }
+  return found;
+}
+
+void installCommands(CommandSet& commands, const CommandWord& given) {
+  const auto& all = families();
+  const std::string_view wanted = given.word.empty() && !given.asksForHelp ? "overview" : given.word;
+  const auto family = std::find_if(all.begin(), all.end(), [&](const Family& candidate) {
+    return std::find(candidate.commands.begin(), candidate.commands.end(), wanted) != candidate.commands.end();
+  });
+  if (family != all.end()) return family->install(commands);
+  for (const Family& each : all) each.install(commands);
 }
 
 // Help shows arguments by name alone ("DURATION", not "DURATION TEXT").
@@ -88,7 +141,7 @@ int run(int argc, char** argv) {
   app.get_formatter()->label("Positionals", "Arguments");
 
   CommandSet commands(app);
-  installCommands(commands);
+  installCommands(commands, commandWord(argc, argv));
   nameArgumentsPlainly(app);
 
   try {

@@ -39,12 +39,17 @@ TEST(CommandLine, EveryCommandHasHelp) {
       {"csv"}, {"csv", "days"}, {"csv", "ledger"}, {"setup"}, {"settings"}, {"schedule"}, {"schedule", "add"},
       {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
       {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
-      {"import-legacy"}, {"open"}, {"erase"}, {"doctor"}};
+      {"import-legacy"}, {"open"}, {"erase"}, {"doctor"}, {"widget"}, {"widget", "show"},
+      {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}};
   for (auto arguments : commands) {
     arguments.push_back("--help");
     const auto result = quillmont.run(arguments);
     EXPECT_EQ(result.exitCode, 0) << arguments.front() << ": " << result.err;
     EXPECT_THAT(result.out, HasSubstr("Usage")) << arguments.front();
+  }
+  // Help lists every command, though a run builds only the one it is given.
+  for (const char* command : {"overview", "book", "timer", "report", "settings", "export", "open", "widget", "doctor"}) {
+    EXPECT_THAT(quillmont.run({"--help"}).out, HasSubstr(command));
   }
   // Asking for help never creates the store.
   EXPECT_FALSE(std::filesystem::exists(quillmont.home() / "data"));

@@ -6,14 +6,17 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/ArchiveCommands.h"
 #include "cli/BookingCommands.h"
 #include "cli/CommandSet.h"
+#include "cli/CommandSuggestion.h"
 #include "cli/HousekeepingCommands.h"
 #include "cli/OpenCommand.h"
 #include "cli/OverviewCommand.h"
@@ -112,6 +115,18 @@ void nameArgumentsPlainly(CLI::App& app) {
   for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) nameArgumentsPlainly(*command);
 }
 
+// The command a word that names none probably meant (every family is built
+// when the word names none).
+std::optional<std::string> suggestion(CLI::App& app, std::string_view word) {
+  if (word.empty() || word.starts_with('-')) return std::nullopt;
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+    if (command->get_name() == word) return std::nullopt;
+    names.push_back(command->get_name());
+  }
+  return CommandSuggestion::closest(word, names);
+}
+
 void useDataHome(const std::string& folder) {
   std::error_code error;
   const auto absolute = std::filesystem::absolute(folder, error);
@@ -150,6 +165,9 @@ int run(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
     // Usage errors speak like every other message of the program.
     reportFailure(error.what());
+    if (const auto meant = suggestion(app, commandWord(argc, argv).word)) {
+      std::cerr << "Did you mean `quillmont " << *meant << "`?\n";
+    }
     std::string command = "quillmont";
     for (CLI::App* given = &app; !given->get_subcommands().empty();) {
       given = given->get_subcommands().front();

@@ -83,6 +83,15 @@ TEST(CommandLine, UsageErrorsExitWithTwoAndChangeNothing) {
   EXPECT_THAT(quillmont.run({"settings"}).out, HasSubstr("not complete"));
 }
 
+TEST(CommandLine, AMistypedCommandGetsASuggestion) {
+  CommandRunner quillmont;
+  const auto typo = quillmont.run({"reprot", "week"});
+  EXPECT_EQ(typo.exitCode, 2);
+  EXPECT_THAT(typo.err, StartsWith("quillmont: "));
+  EXPECT_THAT(typo.err, HasSubstr("Did you mean `quillmont report`?"));
+  EXPECT_THAT(quillmont.run({"frobnicate"}).err, Not(HasSubstr("Did you mean")));
+}
+
 TEST(CommandLine, DataHomeOptionAndVariableChooseTheStore) {
   CommandRunner quillmont;
   const auto elsewhere = quillmont.home() / "elsewhere";

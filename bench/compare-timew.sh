@@ -1,0 +1,80 @@
+#!/bin/sh
+# Whole-process comparison of everyday commands with timewarrior, on the same
+# ten years of work: the large-store generator fills a Quillmont store, and
+# its work entries, exported, become a timewarrior database. Each pair runs
+# side by side in one hyperfine call (interleaved warm-up, then A B A B ...
+# as hyperfine schedules them); the table shows CPU time (user + system) and
+# the ratio, Quillmont over timewarrior.
+#
+#   bench/compare-timew.sh [entries bookings schedules]
+#
+# Needs the release build (cmake --preset release && cmake --build --preset
+# release), hyperfine, python3 and timewarrior (Debian: timewarrior); without
+# timewarrior it says so and stops. Timings vary with the machine; read the ratios.
+set -eu
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+quillmont="$root/build/release/cli/quillmont"
+generate="$root/build/release/cli/quillmont_generate_store"
+for tool in timew hyperfine python3; do
+  if ! command -v "$tool" >/dev/null 2>&1; then
+    echo "compare-timew: $tool is not installed; skipping the comparison (Debian: apt install $tool)" >&2
+    exit 0
+  fi
+done
+if [ ! -x "$quillmont" ] || [ ! -x "$generate" ]; then
+  echo "compare-timew: build the release preset first (cmake --preset release && cmake --build --preset release)" >&2
+  exit 1
+fi
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export TZ="${TZ:-Europe/Berlin}" QUILLMONT_HOME="$work/quillmont" TIMEWARRIORDB="$work/timewarrior" NO_COLOR=1
+mkdir -p "$QUILLMONT_HOME" "$TIMEWARRIORDB/data"
+: >"$TIMEWARRIORDB/timewarrior.cfg"
+
+echo "Filling both stores..." >&2
+"$generate" "$@" >&2
+"$quillmont" >/dev/null
+"$quillmont" export "$work/archive.json" >&2
+python3 - "$work/archive.json" "$TIMEWARRIORDB/data" <<'EOF'
+import json, sys, time, collections
+archive, folder = sys.argv[1], sys.argv[2]
+months = collections.defaultdict(list)
+stamp = lambda seconds: time.strftime("%Y%m%dT%H%M%SZ", time.gmtime(seconds))
+for entry in json.load(open(archive))["workEntries"]:
+    start, end = entry["startedAt"], entry.get("endedAt")
+    if end is None or end <= start:
+        continue
+    months[time.strftime("%Y-%m", time.gmtime(start))].append(f"inc {stamp(start)} - {stamp(end)} # work\n")
+for month, lines in months.items():
+    with open(f"{folder}/{month}.data", "w") as data:
+        data.writelines(sorted(lines))
+EOF
+timew >/dev/null 2>&1 || true
+
+compare() {
+  label=$1
+  ours=$2
+  theirs=$3
+  hyperfine -N -i --warmup 3 --runs "${RUNS:-30}" --export-json "$work/run.json" "$ours" "$theirs" >/dev/null 2>&1 || {
+    printf '%-34s failed: %s | %s\n' "$label" "$ours" "$theirs"
+    return
+  }
+  python3 - "$work/run.json" "$label" <<'EOF'
+import json, sys
+results = json.load(open(sys.argv[1]))["results"]
+cpu = [(r["user"] + r["system"]) * 1000 for r in results]
+wall = [r["median"] * 1000 for r in results]
+print(f"{sys.argv[2]:<34} {cpu[0]:8.1f} ms {cpu[1]:8.1f} ms {cpu[0] / cpu[1]:6.2f}x   (wall medians {wall[0]:.1f} / {wall[1]:.1f} ms)")
+EOF
+}
+
+printf '%-34s %11s %11s %7s\n' "command" "quillmont" "timew" "ratio"
+compare "start-up (--version)" "$quillmont --version" "timew --version"
+compare "overview / timew" "$quillmont" "timew"
+compare "book -1 / track :adjust" "$quillmont book -1" "timew track 2000-01-01T10:00 - 2000-01-01T10:01 bench :adjust"
+compare "widget press add / track :adjust" "$quillmont widget press add" "timew track 2000-01-02T10:00 - 2000-01-02T10:01 bench :adjust"
+compare "bookings list / day" "$quillmont bookings list" "timew day"
+compare "report week / summary :week" "$quillmont report week" "timew summary :week"
+compare "report month / summary :month" "$quillmont report month" "timew summary :month"

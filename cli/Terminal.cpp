@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -10,7 +11,9 @@ namespace quillmont::Terminal {
 bool standardOutputHasColour() {
   static const bool hasColour = [] {
     const char* noColour = std::getenv("NO_COLOR");
-    return (noColour == nullptr || *noColour == '\0') && isatty(STDOUT_FILENO) == 1;
+    const char* terminal = std::getenv("TERM");
+    const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
+    return (noColour == nullptr || *noColour == '\0') && !dumb && isatty(STDOUT_FILENO) == 1;
   }();
   return hasColour;
 }

@@ -1,8 +1,8 @@
 // Terminal: where the program's output goes and how it looks. Data (tables,
 // reports, CSV, JSON, archives) goes to standard output; messages
 // (confirmations, warnings, errors, progress) go to standard error. Colour is
-// used only when standard output is a terminal and NO_COLOR is not set (to a
-// non-empty value); progress is shown only when standard error is a terminal.
+// used only when standard output is a terminal, TERM is not "dumb" and
+// NO_COLOR is not set (to a non-empty value); progress is shown only when standard error is a terminal.
 #pragma once
 
 #include <string>

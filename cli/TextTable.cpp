@@ -15,9 +15,9 @@ void TextTable::addRule() { rows_.emplace_back(); }
 
 std::string TextTable::render() const {
   std::vector<std::size_t> widths(columns_.size());
-  for (std::size_t i = 0; i < columns_.size(); ++i) widths[i] = Text::characterCount(columns_[i].title);
+  for (std::size_t i = 0; i < columns_.size(); ++i) widths[i] = Text::displayWidth(columns_[i].title);
   for (const auto& row : rows_) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Text::characterCount(row[i].text));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Text::displayWidth(row[i].text));
   }
 
   std::string result;
@@ -26,7 +26,7 @@ std::string TextTable::render() const {
     std::size_t pendingBlanks = 0;  // written only when something visible follows
     for (std::size_t i = 0; i < cells.size(); ++i) {
       const std::string& text = cells[i].text;
-      const std::size_t padding = widths[i] - Text::characterCount(text);
+      const std::size_t padding = widths[i] - Text::displayWidth(text);
       const bool right = columns_[i].alignment == Alignment::right;
       if (i > 0) pendingBlanks += 2;
       if (right) pendingBlanks += padding;

@@ -1,6 +1,6 @@
 // TextTable: rows of text in aligned columns for the terminal, two blanks
 // between columns, a bold header, optional rule lines. Widths count
-// user-perceived characters, and styles are applied after padding, so
+// terminal columns (a CJK character takes two), and styles are applied after padding, so
 // coloured cells line up with plain ones.
 #pragma once
 

@@ -115,6 +115,34 @@ std::size_t characterCount(std::string_view text) {
   return count;
 }
 
+std::size_t displayWidth(std::string_view text) {
+  if (isASCII(text)) {
+    std::size_t width = 0;
+    for (const char c : text) width += c >= 0x20 && c != 0x7f;
+    return width;
+  }
+  ClusterEnds ends(text);
+  std::size_t width = 0;
+  std::size_t start = 0;
+  for (std::size_t end = ends.next(); end != none; start = end, end = ends.next()) {
+    std::size_t at = start;
+    const UChar32 c = nextScalar(text, at);
+    if (c < 0) {
+      width += 1;  // shown as a replacement character
+      continue;
+    }
+    const auto eastAsian = static_cast<UEastAsianWidth>(u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH));
+    const std::int8_t type = u_charType(c);
+    if (type == U_CONTROL_CHAR || type == U_FORMAT_CHAR || type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK) {
+      continue;
+    }
+    width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH || u_hasBinaryProperty(c, UCHAR_EMOJI_PRESENTATION)
+                 ? 2
+                 : 1;
+  }
+  return width;
+}
+
 std::string_view prefix(std::string_view text, std::size_t count) {
   // Every character takes at least one byte.
   if (text.size() <= count) return text;

@@ -18,6 +18,11 @@ bool isValidUTF8(std::string_view text);
 
 /// Number of user-perceived characters.
 std::size_t characterCount(std::string_view text);
+/// The columns `text` takes on a terminal: two for a character whose first
+/// scalar is East Asian wide or full-width, or shown as emoji by default;
+/// none for one that starts with a control, format or combining scalar; one
+/// for any other.
+std::size_t displayWidth(std::string_view text);
 /// The first `count` user-perceived characters of `text` (all of it when shorter).
 std::string_view prefix(std::string_view text, std::size_t count);
 

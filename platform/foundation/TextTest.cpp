@@ -40,6 +40,17 @@ TEST(Text, CountsUserPerceivedCharacters) {
   EXPECT_EQ(Text::characterCount("\xFF\xFE" "a\xE2\x82"), 4u);
 }
 
+TEST(Text, DisplayWidthCountsTerminalColumns) {
+  EXPECT_EQ(Text::displayWidth("Holiday"), 7u);
+  EXPECT_EQ(Text::displayWidth("\u4F11\u6687"), 4u);           // 休暇: two wide characters
+  EXPECT_EQ(Text::displayWidth("\uFF21"), 2u);                  // full-width A
+  EXPECT_EQ(Text::displayWidth("e\u0301t\u00E9"), 3u);         // a combining accent takes no column
+  EXPECT_EQ(Text::displayWidth("\U0001F334 x"), 4u);            // emoji shown wide
+  EXPECT_EQ(Text::displayWidth("\u2212" "0:15"), 5u);           // the minus sign is narrow
+  EXPECT_EQ(Text::displayWidth("a\u200Bb"), 2u);                // zero-width space
+  EXPECT_EQ(Text::displayWidth(std::string("\xff") + "a"), 2u);  // ill-formed: one replacement character
+}
+
 TEST(Text, PrefixCutsBetweenCharacters) {
   EXPECT_EQ(Text::prefix("ab" + eAcute + "x", 3), "ab" + eAcute);  // the accent stays with its letter
   EXPECT_EQ(Text::prefix("abc\r\ndef", 4), "abc\r\n");

@@ -156,7 +156,8 @@ int run(int argc, char** argv) {
   app.get_formatter()->label("Positionals", "Arguments");
 
   CommandSet commands(app);
-  installCommands(commands, commandWord(argc, argv));
+  const CommandWord word = commandWord(argc, argv);
+  installCommands(commands, word);
   nameArgumentsPlainly(app);
 
   try {
@@ -165,7 +166,7 @@ int run(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
     // Usage errors speak like every other message of the program.
     reportFailure(error.what());
-    if (const auto meant = suggestion(app, commandWord(argc, argv).word)) {
+    if (const auto meant = suggestion(app, word.word)) {
       std::cerr << "Did you mean `quillmont " << *meant << "`?\n";
     }
     std::string command = "quillmont";

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <tuple>
-#include <vector>
 #include <ctime>
 #include <optional>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/ManualLedgerMigration.h"

@@ -47,6 +47,27 @@ Date dateTime(std::string_view text, const DateInput::Day& today, const Calendar
                    " is not a time (try \"YYYY-MM-DD HH:MM\" or HH:MM for today)");
 }
 
+Date startTime(std::string_view text, const DateInput::Day& day, const DateInput::Day& today, const Calendar& calendar,
+               std::string_view option) {
+  return dateTime(text, DateInput::isTimeOfDay(text) ? day : today, calendar, option);
+}
+
+Date endTime(std::string_view text, Date start, const DateInput::Day& today, const Calendar& calendar,
+             std::string_view option) {
+  if (!DateInput::isTimeOfDay(text)) return dateTime(text, today, calendar, option);
+  const DateInput::Day startDay = DateInput::dayOf(start, calendar);
+  const Date sameDay = dateTime(text, startDay, calendar, option);
+  return sameDay < start ? dateTime(text, startDay.adding(1), calendar, option) : sameDay;
+}
+
+Date pastTime(std::string_view text, Date now, const Calendar& calendar, std::string_view option) {
+  const DateInput::Day today = DateInput::dayOf(now, calendar);
+  const Date typed = dateTime(text, today, calendar, option);
+  if (typed <= now) return typed;
+  if (DateInput::isTimeOfDay(text)) return dateTime(text, today.adding(-1), calendar, option);
+  throw UsageError(std::string(option) + ": " + quoted(text) + " is still to come");
+}
+
 DateInterval days(const std::string& from, const std::string& to, const DateInput::Day& defaultFrom,
                   const DateInput::Day& defaultTo, const DateInput::Day& today, const Calendar& calendar) {
   const DateInput::Day first = from.empty() ? defaultFrom : day(from, today, "--from");

@@ -23,6 +23,18 @@ std::int64_t minutes(std::string_view text, std::string_view option);
 std::vector<std::int64_t> minutesList(std::string_view text, std::string_view option, std::size_t count);
 DateInput::Day day(std::string_view text, const DateInput::Day& today, std::string_view option);
 Date dateTime(std::string_view text, const DateInput::Day& today, const Calendar& calendar, std::string_view option);
+/// A time that begins something: a time of day alone is on `day` (the day
+/// of the record being changed), a full time stands as typed.
+Date startTime(std::string_view text, const DateInput::Day& day, const DateInput::Day& today, const Calendar& calendar,
+               std::string_view option);
+/// A time that ends what began at `start`: a time of day alone is on the
+/// start's day, or on the next day when that would come before the start.
+Date endTime(std::string_view text, Date start, const DateInput::Day& today, const Calendar& calendar,
+             std::string_view option);
+/// A time that has passed (the timer's --at): a time of day alone is the
+/// latest such time up to `now` (today's, or yesterday's when today's is
+/// still to come); a full time must not lie after `now`.
+Date pastTime(std::string_view text, Date now, const Calendar& calendar, std::string_view option);
 
 /// The days from `from` through `to` as an interval from the first one's
 /// start to the end of the last; missing ends default to the given days.

@@ -93,6 +93,8 @@ std::optional<DateTime> dateTime(std::string_view text, const Day& today) {
   return DateTime{*date, time->first, time->second};
 }
 
+bool isTimeOfDay(std::string_view text) { return timeOfDay(trimmed(text)).has_value(); }
+
 Day dayOf(Date date, const Calendar& calendar) {
   auto civil = gregorian(calendar);
   UErrorCode status = U_ZERO_ERROR;

@@ -36,6 +36,8 @@ struct DateTime {
 std::optional<Day> day(std::string_view text, const Day& today);
 /// A day and a time of day (HH:MM, 00:00-23:59); a time alone is on `today`.
 std::optional<DateTime> dateTime(std::string_view text, const Day& today);
+/// Whether the text is a time of day alone, with no day before it.
+bool isTimeOfDay(std::string_view text);
 
 /// The day (Gregorian) on which `date` falls in the calendar's time zone.
 Day dayOf(Date date, const Calendar& calendar);

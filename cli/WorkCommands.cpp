@@ -28,7 +28,10 @@ struct EntryOptions {
   std::string end;
   std::string breakTime;
   std::optional<std::string> note;
+  bool force = false;
 };
+
+constexpr double maximumUnconfirmedSeconds = 24.0 * 60 * 60;
 
 struct ListOptions {
   std::string from;
@@ -48,29 +51,66 @@ void timerStatus(StoreSession& session) {
                   Display::duration(session.now() - running->startedAt()) + ")");
 }
 
-void reportStop(StoreSession& session, const std::shared_ptr<WorkEntry>& entry) {
-  Terminal::message("Timer stopped at " + Display(session.calendar()).time(session.now()) + " after " +
-                    Display::duration(entry->workedSeconds(session.now())) + ".");
+struct TimerOptions {
+  std::string at;
+  std::optional<std::string> note;
+};
+
+/// When the timer command takes effect: --at as typed, or now.
+Date timerInstant(StoreSession& session, const std::string& at) {
+  return at.empty() ? session.now() : CommandInput::pastTime(at, session.now(), session.calendar(), "--at");
 }
 
-void timerStart() {
+void reportStart(StoreSession& session, Date at, const std::string& note) {
+  Terminal::message("Timer started at " + Display(session.calendar()).time(at) +
+                    (note.empty() ? std::string() : " for \"" + note + "\"") + ".");
+}
+
+void timerStart(const TimerOptions& options) {
   StoreSession session;
-  if (!TimerSessionController::start(session.context(), session.now())) {
+  const Date at = timerInstant(session, options.at);
+  const std::string note = CommandInput::text(options.note.value_or(""), "--note");
+  if (!TimerSessionController::start(session.context(), at, note)) {
     Terminal::message("The timer is running already.");
     timerStatus(session);
     return;
   }
-  Terminal::message("Timer started at " + Display(session.calendar()).time(session.now()) + ".");
+  reportStart(session, at, NoteValidation::normalized(note));
 }
 
-void timerStop() {
+void timerContinue(const std::string& atText) {
   StoreSession session;
+  const Date at = timerInstant(session, atText);
+  const std::string note = TimerSessionController::lastNote(session.context());
+  if (!TimerSessionController::start(session.context(), at, note)) {
+    Terminal::message("The timer is running already.");
+    timerStatus(session);
+    return;
+  }
+  reportStart(session, at, note);
+}
+
+void timerStop(const std::string& atText) {
+  StoreSession session;
+  const Date at = timerInstant(session, atText);
   const auto running = TimerSessionController::runningEntry(session.context(), session.now());
   // Nothing to stop is a refusal, which scripts must be able to tell.
-  if (!running || !TimerSessionController::stop(session.context(), session.now())) {
-    throw CommandFailure("The timer is not running.");
+  if (!running) throw CommandFailure("The timer is not running.");
+  if (at < running->startedAt()) {
+    throw UsageError("--at: the timer started at " + Display(session.calendar()).dateTime(running->startedAt()) +
+                     ", after " + Display(session.calendar()).dateTime(at));
   }
-  reportStop(session, running);
+  TimerSessionController::stop(session.context(), at);
+  Terminal::message("Timer stopped at " + Display(session.calendar()).time(at) + " after " +
+                    Display::duration(running->workedSeconds(at)) + ".");
+}
+
+void timerCancel() {
+  StoreSession session;
+  const auto cancelled = TimerSessionController::cancel(session.context(), session.now());
+  if (!cancelled) throw CommandFailure("The timer is not running.");
+  Terminal::message("Timer cancelled; the time since " + Display(session.calendar()).time(cancelled->startedAt()) +
+                    " was not recorded.");
 }
 
 void timerToggle() {
@@ -79,7 +119,8 @@ void timerToggle() {
   if (TimerSessionController::toggle(session.context(), session.now())) {
     Terminal::message("Timer started at " + Display(session.calendar()).time(session.now()) + ".");
   } else if (running) {
-    reportStop(session, running);
+    Terminal::message("Timer stopped at " + Display(session.calendar()).time(session.now()) + " after " +
+                      Display::duration(running->workedSeconds(session.now())) + ".");
   }
 }
 
@@ -94,16 +135,28 @@ std::int64_t breakMinutes(const std::string& text) {
   return minutes;
 }
 
-void checkOrder(Date start, std::optional<Date> end) {
-  if (end && *end < start) throw UsageError("--end: the end comes before the start");
+/// An entry is at most a day long unless --force says the length is meant:
+/// anything longer, like an end before the start, is nearly always a slip
+/// (a day left out, a wrong month).
+void checkInterval(Date start, std::optional<Date> end, bool force, const Calendar& calendar) {
+  if (!end) return;
+  const Display display(calendar);
+  if (*end < start) {
+    throw UsageError("--end: the entry would end at " + display.dateTime(*end) + ", before it starts at " +
+                     display.dateTime(start));
+  }
+  if (!force && *end - start > maximumUnconfirmedSeconds) {
+    throw UsageError("the entry would last " + Display::duration(*end - start) + ", from " + display.dateTime(start) +
+                     " to " + display.dateTime(*end) + "; an entry longer than 24 hours needs --force");
+  }
 }
 
 void add(const EntryOptions& options) {
   StoreSession session;
   const Date start = CommandInput::dateTime(options.start, session.today(), session.calendar(), "--start");
-  const Date end = CommandInput::dateTime(options.end, session.today(), session.calendar(), "--end");
+  const Date end = CommandInput::endTime(options.end, start, session.today(), session.calendar(), "--end");
   const std::int64_t pause = options.breakTime.empty() ? 0 : breakMinutes(options.breakTime);
-  checkOrder(start, end);
+  checkInterval(start, end, options.force, session.calendar());
   auto entry = std::make_shared<WorkEntry>(UUID::random(), start, end, pause,
                                            CommandInput::text(options.note.value_or(""), "--note"), session.now(),
                                            session.now());
@@ -122,14 +175,16 @@ void edit(const EntryOptions& options) {
   StoreSession session;
   const auto found = RecordLookup::find(entries(session), options.identifier, "work entry");
   WorkEntry& entry = *found.front();
+  // A time of day alone keeps the entry on its own day.
   const Date start = options.start.empty()
                          ? entry.startedAt()
-                         : CommandInput::dateTime(options.start, session.today(), session.calendar(), "--start");
+                         : CommandInput::startTime(options.start, DateInput::dayOf(entry.startedAt(), session.calendar()),
+                                                   session.today(), session.calendar(), "--start");
   const std::optional<Date> end =
       options.end.empty() ? entry.endedAt()
-                          : CommandInput::dateTime(options.end, session.today(), session.calendar(), "--end");
+                          : CommandInput::endTime(options.end, start, session.today(), session.calendar(), "--end");
   const std::int64_t pause = options.breakTime.empty() ? entry.breakMinutes() : breakMinutes(options.breakTime);
-  checkOrder(start, end);
+  checkInterval(start, end, options.force, session.calendar());
   entry.setStartedAt(start);
   entry.setEndedAt(end);
   entry.setBreakMinutes(pause);
@@ -165,6 +220,7 @@ void addEntryOptions(CLI::App& command, EntryOptions& options, bool required) {
   command.add_option("--break", options.breakTime, "Break taken in between (0 to 240 minutes, e.g. 30 or 0:45)")
       ->type_name("DURATION");
   command.add_option("--note,-n", options.note, "A note (at most 280 characters)")->type_name("TEXT");
+  command.add_flag("--force", options.force, "Accept an entry longer than 24 hours");
 }
 
 }  // namespace
@@ -200,8 +256,21 @@ void showList(StoreSession& session, const DateInterval& interval) {
 void install(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* timer = commands.addGroup(root, "timer", "Start, stop or look at the work timer");
-  commands.add(*timer, "start", "Start the timer now", [] { timerStart(); });
-  commands.add(*timer, "stop", "Stop the timer now", [] { timerStop(); });
+  auto startOptions = std::make_shared<TimerOptions>();
+  CLI::App* start = commands.add(*timer, "start", "Start the timer (now, or at the time given)",
+                                 [startOptions] { timerStart(*startOptions); });
+  start->add_option("--at", startOptions->at, "When the work began (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+      ->type_name("TIME");
+  start->add_option("--note,-n", startOptions->note, "A note for the work (at most 280 characters)")->type_name("TEXT");
+  auto stopAt = std::make_shared<std::string>();
+  CLI::App* stop = commands.add(*timer, "stop", "Stop the timer (now, or at the time given)", [stopAt] { timerStop(*stopAt); });
+  stop->add_option("--at", *stopAt, "When the work ended (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+      ->type_name("TIME");
+  commands.add(*timer, "cancel", "Discard the running timer, recording nothing", [] { timerCancel(); });
+  auto continueAt = std::make_shared<std::string>();
+  CLI::App* resume = commands.add(*timer, "continue", "Start the timer again with the note of the last work",
+                                  [continueAt] { timerContinue(*continueAt); });
+  resume->add_option("--at", *continueAt, "When the work began again; not later than now")->type_name("TIME");
   commands.add(*timer, "toggle", "Start the timer, or stop it when it runs", [] { timerToggle(); });
   commands.add(*timer, "status", "Say whether the timer runs and since when", [] {
     StoreSession session;
@@ -212,13 +281,17 @@ void install(CommandSet& commands) {
   auto addOptions = std::make_shared<EntryOptions>();
   CLI::App* addCommand = commands.add(*work, "add", "Add worked time", [addOptions] { add(*addOptions); });
   addEntryOptions(*addCommand, *addOptions, true);
-  addCommand->footer("Example:\n  quillmont work add --start \"2026-03-02 08:30\" --end \"2026-03-02 17:00\" --break 45");
+  addCommand->footer(
+      "A time alone (17:00) is on today for --start, and on the start's day (or the next, when that comes before "
+      "the start) for --end.\nExample:\n  quillmont work add --start \"2026-03-02 08:30\" --end 17:00 --break 45");
 
   auto editOptions = std::make_shared<EntryOptions>();
   CLI::App* editCommand = commands.add(*work, "edit", "Change worked time", [editOptions] { edit(*editOptions); });
   editCommand->add_option("ID", editOptions->identifier, "The entry's identifier (a unique prefix is enough)")
       ->required();
   addEntryOptions(*editCommand, *editOptions, false);
+  editCommand->footer("A time alone (17:30) keeps the entry on its day: the start on the day it starts, the end on the "
+                      "start's day or the next.");
 
   auto identifier = std::make_shared<std::string>();
   CLI::App* deleteCommand = commands.add(*work, "delete", "Delete worked time", [identifier] { remove(*identifier); });

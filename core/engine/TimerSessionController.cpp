@@ -32,9 +32,11 @@ std::shared_ptr<WorkEntry> reconcileRunningEntries(ModelContext& context, Date a
 
 std::shared_ptr<WorkEntry> runningEntry(ModelContext& context, Date at) { return reconcileRunningEntries(context, at, true); }
 
-bool start(ModelContext& context, Date at) {
+bool start(ModelContext& context, Date at) { return start(context, at, ""); }
+
+bool start(ModelContext& context, Date at, std::string_view typedNote) {
   if (reconcileRunningEntries(context, at, true)) return false;
-  const std::string note = NoteValidation::normalized("");
+  const std::string note = NoteValidation::normalized(typedNote);
   const Date createdAt = Date::now();
   const Date modifiedAt = Date::now();
   context.insert(std::make_shared<WorkEntry>(UUID::random(), at, std::nullopt, 0, note, createdAt, modifiedAt));
@@ -57,6 +59,26 @@ bool toggle(ModelContext& context, Date at) {
     return false;
   }
   return start(context, at);
+}
+
+std::shared_ptr<WorkEntry> cancel(ModelContext& context, Date at) {
+  const auto running = reconcileRunningEntries(context, at, true);
+  if (!running) return nullptr;
+  context.deleteRecord(running);
+  context.save();
+  return running;
+}
+
+std::string lastNote(ModelContext& context) {
+  std::shared_ptr<WorkEntry> last;
+  for (const auto& entry : context.fetch<WorkEntry>()) {
+    // Ties between equal starts go to the higher id, so every machine agrees.
+    if (!last || entry->startedAt() > last->startedAt() ||
+        (entry->startedAt() == last->startedAt() && last->id() < entry->id())) {
+      last = entry;
+    }
+  }
+  return last ? last->note() : std::string();
 }
 
 }  // namespace quillmont::TimerSessionController

@@ -7,6 +7,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "core/ledger/WorkEntry.h"
 #include "platform/foundation/Date.h"
@@ -21,9 +23,17 @@ std::shared_ptr<WorkEntry> reconcileRunningEntries(ModelContext& context, Date a
 std::shared_ptr<WorkEntry> runningEntry(ModelContext& context, Date at);
 /// True when a new running entry was made; false when one was running already.
 bool start(ModelContext& context, Date at);
+/// The same, with a note for the new entry (normalised like every note).
+bool start(ModelContext& context, Date at, std::string_view note);
 /// True when a running entry was stopped at `at`; false when none was running.
 bool stop(ModelContext& context, Date at);
 /// True when it started a timer, false when it stopped one.
 bool toggle(ModelContext& context, Date at);
+/// Deletes the running entry, as if the timer had never been started; the
+/// deleted entry, or nothing when none was running.
+std::shared_ptr<WorkEntry> cancel(ModelContext& context, Date at);
+/// The note of the entry that started last, running or not: what a timer
+/// continued from the last work carries. Empty when there is no entry.
+std::string lastNote(ModelContext& context);
 
 }  // namespace quillmont::TimerSessionController

@@ -1,5 +1,6 @@
 #include "cli/BookingCommands.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -93,21 +94,19 @@ void book(const BookOptions& options) {
                     Display::shortIdentifier(adjustment->id()) + "); balance " + Display::amount(balance) + ".");
 }
 
-std::vector<std::shared_ptr<BalanceAdjustment>> bookingsIn(StoreSession& session, const DateInterval& interval) {
-  return session.context().fetch<BalanceAdjustment>(
-      {[&](const BalanceAdjustment& adjustment) {
-         return adjustment.date() >= interval.start && adjustment.date() < interval.end();
-       },
-       {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}});
-}
 
 void list(const ListOptions& options) {
   StoreSession session;
   const DateInput::Day today = session.today();
-  DateInterval interval = CommandInput::days(options.from, options.to, today.adding(1 - defaultListDays), today, today,
-                                             session.calendar());
-  if (options.all) interval = DateInterval::between(Date(-1e300), Date(1e300));
-  showList(session, interval);
+  if (options.all) {
+    showList(session, DateInterval::between(Date(-1e300), Date(1e300)), "of every day");
+    return;
+  }
+  const DateInput::Day first = options.from.empty() ? today.adding(1 - defaultListDays)
+                                                    : CommandInput::day(options.from, today, "--from");
+  const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
+  const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  showList(session, interval, rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
 void remove(const std::string& identifier) {
@@ -126,27 +125,60 @@ void remove(const std::string& identifier) {
 
 }  // namespace
 
-void showList(StoreSession& session, const DateInterval& interval) {
+std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, bool byDefault) {
+  const auto text = [](const DateInput::Day& day) {
+    char buffer[16];
+    std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", day.year, day.month, day.day);
+    return std::string(buffer);
+  };
+  return "from " + text(first) + " to " + text(last) +
+         (byDefault ? " (the last " + std::to_string(defaultListDays) + " days; --from, --to or --all for others)" : "");
+}
+
+void showList(StoreSession& session, const DateInterval& interval, const std::string& range) {
   const Display display(session.calendar());
+  const bool everything = interval.start == Date(-1e300);
+
+  // The balance before the first day: the starting balance and every booking
+  // dated earlier, so that it plus the listed total is the balance after.
+  const auto all = session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}});
+  double before = static_cast<double>(session.settings().startingBalanceMinutes()) * 60.0;
   TextTable table({{"ID"}, {"Date"}, {"Amount", TextTable::Alignment::right}, {"Category"}, {"Note"}});
   double total = 0;
   std::size_t count = 0;
-  for (const auto& adjustment : bookingsIn(session, interval)) {
+  for (const auto& adjustment : all) {
     const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
+    if (adjustment->date() < interval.start) before += seconds;
+    // The ledger's start marker books nothing; it is not a booking of the person's.
+    if (adjustment->date() < interval.start || adjustment->date() >= interval.end() ||
+        ManualLedgerMigration::isCarryover(*adjustment)) {
+      continue;
+    }
     total += seconds;
     ++count;
-    const std::string category =
-        ManualLedgerMigration::isCarryover(*adjustment) ? "(ledger start)" : adjustment->category().title;
     table.addRow({Display::shortIdentifier(adjustment->id()), display.dateTime(adjustment->date()),
-                  {Display::amount(seconds), Terminal::styleForAmount(seconds)}, category, adjustment->note()});
+                  {Display::amount(seconds), Terminal::styleForAmount(seconds)}, adjustment->category().title,
+                  adjustment->note()});
   }
+  const auto balanceRow = [&](std::string label, std::string day, double seconds) {
+    table.addRow({std::move(label), std::move(day), {Display::amount(seconds), Terminal::styleForAmount(seconds)}});
+  };
   if (count == 0) {
-    Terminal::message("No bookings in that time.");
+    Terminal::message("No bookings " + range + "; the balance stays " + Display::amount(before) + ".");
     return;
   }
   table.addRule();
   table.addRow({std::to_string(count) + (count == 1 ? " booking" : " bookings"), "",
                 {Display::amount(total), Terminal::styleForAmount(total)}});
+  if (everything) {
+    balanceRow("Starting balance", "", before);
+    balanceRow("Resulting balance", "", before + total);
+  } else {
+    const std::optional<Date> lastInstant = session.calendar().dateByAddingSeconds(-1, interval.end());
+    balanceRow("Balance before", display.day(interval.start), before);
+    balanceRow("Balance after", lastInstant ? display.day(*lastInstant) : "", before + total);
+  }
+  Terminal::print(Terminal::styled("Bookings " + range, Terminal::Style::bold));
   Terminal::write(table.render());
 }
 

@@ -3,7 +3,10 @@
 // `bookings list` and `bookings delete` show and remove bookings.
 #pragma once
 
+#include <string>
+
 #include "cli/CommandSet.h"
+#include "cli/DateInput.h"
 #include "platform/foundation/DateInterval.h"
 
 namespace quillmont {
@@ -15,8 +18,11 @@ namespace BookingCommands {
 inline constexpr int defaultListDays = 30;
 
 void install(CommandSet& commands);
-/// Prints the bookings dated inside `interval`, oldest first.
-void showList(StoreSession& session, const DateInterval& interval);
+/// Prints the bookings dated inside `interval`, oldest first, under a title
+/// naming the `range`, with the balance before and after the range.
+void showList(StoreSession& session, const DateInterval& interval, const std::string& range);
+/// "from 2026-03-01 to 2026-03-31", saying so when it is the default range.
+std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, bool byDefault);
 
 }  // namespace BookingCommands
 }  // namespace quillmont

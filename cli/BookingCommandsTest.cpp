@@ -103,6 +103,33 @@ TEST(BookingCommands, BookListAndDeleteByIdentifierPrefix) {
   EXPECT_EQ(adjustments[0]->kindRawValue(), "holiday");
 }
 
+TEST(BookingCommands, AListSaysItsRangeAndReconcilesWithTheBalance) {
+  CommandRunner quillmont;
+  // Setting up starts the manual ledger: its marker is no booking to list.
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2026-01-05", "--balance", "10:00"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-2h", "-d", "2026-02-10"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "45", "-d", "2026-03-02"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-15", "-d", "2026-03-20"}).exitCode, 0);
+
+  const auto march = quillmont.run({"bookings", "list", "--from", "2026-03-01", "--to", "2026-03-31"});
+  ASSERT_EQ(march.exitCode, 0) << march.err;
+  EXPECT_THAT(march.out, HasSubstr("Bookings from 2026-03-01 to 2026-03-31\n"));
+  EXPECT_THAT(march.out, ContainsRegex("2 bookings +\\+0:30\n"));
+  EXPECT_THAT(march.out, ContainsRegex("Balance before +2026-03-01 +\\+8:00\n"));
+  EXPECT_THAT(march.out, ContainsRegex("Balance after +2026-03-31 +\\+8:30\n"));
+  EXPECT_THAT(march.out, Not(HasSubstr("ledger start")));
+
+  const auto all = quillmont.run({"bookings", "list", "--all"});
+  EXPECT_THAT(all.out, ContainsRegex("3 bookings +\u22121:30\n"));
+  EXPECT_THAT(all.out, ContainsRegex("Starting balance +\\+10:00\n"));
+  EXPECT_THAT(all.out, ContainsRegex("Resulting balance +\\+8:30\n"));
+
+  // The default range is the last 30 days, and the list says so.
+  const auto recent = quillmont.run({"bookings", "list"});
+  EXPECT_THAT(recent.err, HasSubstr("(the last 30 days; --from, --to or --all for others)"));
+  EXPECT_THAT(recent.err, HasSubstr("the balance stays +8:30"));
+}
+
 TEST(BookingCommands, DaysBeforeTheGregorianReformAreShownAsTheyWereTyped) {
   CommandRunner quillmont;
   // Days before 1582-10-15 were once shown in the Julian calendar: ten days off.

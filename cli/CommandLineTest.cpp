@@ -12,6 +12,7 @@
 namespace quillmont {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -175,6 +176,9 @@ TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
   EXPECT_THAT(fresh.out, HasSubstr("Balance   +0:00"));
   EXPECT_THAT(fresh.out, HasSubstr("quillmont setup"));
   EXPECT_THAT(fresh.out, Not(HasSubstr("\x1b[")));  // no colour into a pipe
+  EXPECT_THAT(fresh.out, HasSubstr("Today     nothing booked\n"));  // no "−0:00 debited"
+  EXPECT_THAT(fresh.out, HasSubstr("Worked    0:00 today\n"));
+  EXPECT_THAT(fresh.out, HasSubstr("The balance is the ledger of bookings; worked time feeds the reports."));
 
   ASSERT_EQ(quillmont.run({"book", "90"}).exitCode, 0);
   ASSERT_EQ(quillmont.run({"book", "-0:30", "--category", "appointment"}).exitCode, 0);
@@ -184,6 +188,9 @@ TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
   EXPECT_THAT(text.out, HasSubstr("Balance   +1:15"));
   EXPECT_THAT(text.out, HasSubstr("+1:30 credited, \u22120:30 debited (net +1:00)"));
   EXPECT_THAT(text.out, HasSubstr("Timer     running since"));
+  EXPECT_THAT(quillmont.run({"work", "add", "--start", "00:00", "--end", "00:01"}).exitCode, 0);
+  // The minute typed in, and the running timer's time so far.
+  EXPECT_THAT(quillmont.run({"overview"}).out, ContainsRegex("Worked    [0-9]+:[0-9]{2} today\n"));
 
   const auto json = quillmont.run({"overview", "--json"});
   EXPECT_EQ(json.exitCode, 0);
@@ -192,6 +199,8 @@ TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
   EXPECT_THAT(json.out, HasSubstr("\"todayDebitSeconds\" : 1800"));
   EXPECT_THAT(json.out, HasSubstr("\"timerRunning\" : true"));
   EXPECT_THAT(json.out, HasSubstr("\"isConfigured\" : false"));
+  EXPECT_THAT(json.out, HasSubstr("\"todayWorkedSeconds\" : "));
+  EXPECT_EQ(json.out.back(), '\n');
 }
 
 TEST(CommandLine, DeepLinksOpenTheirScreens) {

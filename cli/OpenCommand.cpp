@@ -30,11 +30,11 @@ void open(const std::string& url) {
       const DateInterval recent = DateInterval::between(
           DateInput::startOfDay(today.adding(1 - BookingCommands::defaultListDays), session.calendar()),
           DateInput::endOfDay(today, session.calendar()));
-      Terminal::print(Terminal::styled("Bookings", Terminal::Style::bold));
-      BookingCommands::showList(session, recent);
+      BookingCommands::showList(session, recent,
+                                BookingCommands::rangeText(today.adding(1 - BookingCommands::defaultListDays), today, true));
       Terminal::print("");
-      Terminal::print(Terminal::styled("Work", Terminal::Style::bold));
-      WorkCommands::showList(session, recent);
+      WorkCommands::showList(session, recent,
+                             BookingCommands::rangeText(today.adding(1 - BookingCommands::defaultListDays), today, true));
       break;
     }
     case AppRoute::reports:

@@ -4,9 +4,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/DateInput.h"
 #include "cli/Display.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
+#include "core/engine/TimeBankCalculator.h"
 #include "core/engine/TimerSessionController.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
 #include "platform/foundation/JsonWriter.h"
@@ -18,6 +20,7 @@ struct Overview {
   double balanceSeconds = 0;
   double todayCreditSeconds = 0;
   double todayDebitSeconds = 0;
+  double todayWorkedSeconds = 0;
   std::optional<Date> runningSince;
   bool isConfigured = false;
 };
@@ -34,6 +37,14 @@ Overview compute(StoreSession& session) {
   if (const auto running = TimerSessionController::runningEntry(session.context(), now)) {
     overview.runningSince = running->startedAt();
   }
+  // Worked time of today, a running entry up to now; three columns per entry.
+  const DateInterval today = DateInterval::between(session.calendar().startOfDay(now),
+                                                   DateInput::endOfDay(session.today(), session.calendar()));
+  session.context().forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, [&](const WorkEntry& entry) {
+    if (entry.startedAt() >= today.end()) return;
+    if (entry.endedAt() && *entry.endedAt() <= today.start) return;
+    overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
+  });
   return overview;
 }
 
@@ -59,6 +70,8 @@ void printJSON(const Overview& overview, const Display& display) {
   writer.number(overview.todayCreditSeconds);
   writer.key("todayDebitSeconds");
   writer.number(overview.todayDebitSeconds);
+  writer.key("todayWorkedSeconds");
+  writer.number(overview.todayWorkedSeconds);
   writer.endObject();
   Terminal::print(text);
 }
@@ -70,16 +83,27 @@ void printText(const Overview& overview, const Display& display, Date now) {
     Terminal::print(styled(label, Style::dim) + std::string(10 - label.size(), ' ') + value);
   };
   row("Balance", styled(Display::amount(overview.balanceSeconds), Terminal::styleForAmount(overview.balanceSeconds)));
-  const double net = overview.todayCreditSeconds - overview.todayDebitSeconds;
-  row("Today", styled("+" + Display::duration(overview.todayCreditSeconds), Style::positive) + " credited, " +
-                   styled("\u2212" + Display::duration(overview.todayDebitSeconds), Style::negative) + " debited (net " +
-                   Display::amount(net) + ")");
+  // Only what happened: no "+0:00 credited" or "−0:00 debited".
+  const std::string credited = styled("+" + Display::duration(overview.todayCreditSeconds), Style::positive) + " credited";
+  const std::string debited = styled("\u2212" + Display::duration(overview.todayDebitSeconds), Style::negative) + " debited";
+  const bool anyCredit = overview.todayCreditSeconds > 0;
+  const bool anyDebit = overview.todayDebitSeconds > 0;
+  if (anyCredit && anyDebit) {
+    row("Today", credited + ", " + debited + " (net " +
+                     Display::amount(overview.todayCreditSeconds - overview.todayDebitSeconds) + ")");
+  } else if (anyCredit || anyDebit) {
+    row("Today", anyCredit ? credited : debited);
+  } else {
+    row("Today", "nothing booked");
+  }
+  row("Worked", Display::duration(overview.todayWorkedSeconds) + " today");
   if (overview.runningSince) {
     row("Timer", "running since " + display.dateTime(*overview.runningSince) + " (" +
                      Display::duration(now - *overview.runningSince) + ")");
   } else {
     row("Timer", "not running");
   }
+  Terminal::print(styled("The balance is the ledger of bookings; worked time feeds the reports.", Style::dim));
   if (!overview.isConfigured) {
     row("Set-up", styled("not complete", Style::negative));
     Terminal::print("");
@@ -109,7 +133,7 @@ void run() {
 void install(CommandSet& commands) {
   auto json = std::make_shared<bool>(false);
   CLI::App* overview = commands.add(commands.root(), "overview",
-                                    "Show the balance, today's credits and debits, and the timer (the default)",
+                                    "Show the balance, today's bookings and worked time, and the timer (the default)",
                                     [json] {
                                       StoreSession session;
                                       show(session, *json);

@@ -206,10 +206,15 @@ void remove(const std::string& identifier) {
 void list(const ListOptions& options) {
   StoreSession session;
   const DateInput::Day today = session.today();
-  DateInterval interval = CommandInput::days(options.from, options.to, today.adding(1 - BookingCommands::defaultListDays),
-                                             today, today, session.calendar());
-  if (options.all) interval = DateInterval::between(Date(-1e300), Date(1e300));
-  showList(session, interval);
+  if (options.all) {
+    showList(session, DateInterval::between(Date(-1e300), Date(1e300)), "of every day");
+    return;
+  }
+  const DateInput::Day first = options.from.empty() ? today.adding(1 - BookingCommands::defaultListDays)
+                                                    : CommandInput::day(options.from, today, "--from");
+  const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
+  const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  showList(session, interval, BookingCommands::rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
 void addEntryOptions(CLI::App& command, EntryOptions& options, bool required) {
@@ -225,7 +230,7 @@ void addEntryOptions(CLI::App& command, EntryOptions& options, bool required) {
 
 }  // namespace
 
-void showList(StoreSession& session, const DateInterval& interval) {
+void showList(StoreSession& session, const DateInterval& interval, const std::string& range) {
   const Display display(session.calendar());
   TextTable table({{"ID"}, {"Start"}, {"End"}, {"Break", TextTable::Alignment::right},
                    {"Worked", TextTable::Alignment::right}, {"Note"}});
@@ -245,11 +250,12 @@ void showList(StoreSession& session, const DateInterval& interval) {
                   entry->note()});
   }
   if (count == 0) {
-    Terminal::message("No work in that time.");
+    Terminal::message("No work " + range + ".");
     return;
   }
   table.addRule();
   table.addRow({std::to_string(count) + (count == 1 ? " entry" : " entries"), "", "", "", Display::duration(total)});
+  Terminal::print(Terminal::styled("Work " + range, Terminal::Style::bold));
   Terminal::write(table.render());
 }
 

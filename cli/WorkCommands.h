@@ -3,6 +3,8 @@
 // intervals typed in by hand.
 #pragma once
 
+#include <string>
+
 #include "cli/CommandSet.h"
 #include "platform/foundation/DateInterval.h"
 
@@ -13,8 +15,9 @@ class StoreSession;
 namespace WorkCommands {
 
 void install(CommandSet& commands);
-/// Prints the work entries that start inside `interval`, oldest first.
-void showList(StoreSession& session, const DateInterval& interval);
+/// Prints the work entries that start inside `interval`, oldest first, under
+/// a title naming the `range`.
+void showList(StoreSession& session, const DateInterval& interval, const std::string& range);
 
 }  // namespace WorkCommands
 }  // namespace quillmont

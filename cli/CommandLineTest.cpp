@@ -65,8 +65,8 @@ TEST(CommandLine, UsageErrorsExitWithTwoAndChangeNothing) {
       {"bookings"}, {"bookings", "delete"}, {"bookings", "delete", "not-hex"}, {"timer"}, {"timer", "pause"},
       {"work", "add", "--start", "09:00"}, {"work", "add", "--start", "25:00", "--end", "26:00"},
       {"work", "add", "--start", "2026-03-02 17:00", "--end", "2026-03-02 09:00"},
-      {"work", "add", "--start", "09:00", "--end", "10:00", "--break", "300"}, {"report", "year"},
-      {"csv", "days", "--period", "year"}, {"csv", "ledger", "--from", "2026-03-10", "--to", "2026-03-01"},
+      {"work", "add", "--start", "09:00", "--end", "10:00", "--break", "300"}, {"report", "--from", "2026-03-01"},
+      {"report", "--from", "2026-03-10", "--to", "2026-03-01"}, {"csv", "days", "--period", "quarter"}, {"csv", "ledger", "--from", "2026-03-10", "--to", "2026-03-01"},
       {"setup", "--week", "8h,8h"}, {"setup", "--week", "8h,8h,8h,8h,8h,0,25h"}, {"setup", "--balance", "2000h"},
       {"schedule", "add", "2026-03-01"}, {"kinds", "holiday"}, {"category", "add", "  "},
       {"open", "https://example.com"}, {"open", "quillmont://nowhere"}};

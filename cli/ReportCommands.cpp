@@ -12,18 +12,26 @@
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
+#include "cli/UsageError.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 #include "core/reports/TimeBankReporting.h"
+#include "platform/foundation/Text.h"
 
 namespace quillmont::ReportCommands {
 namespace {
 
-struct PeriodOptions {
-  std::string period = "month";
+struct RangeOptions {
   std::string date;
+  std::string from;
+  std::string to;
+};
+
+struct DayTableOptions {
+  std::string period = "month";
+  RangeOptions range;
   std::string output;
 };
 
@@ -33,53 +41,159 @@ struct LedgerOptions {
   std::string output;
 };
 
-// The report of the period containing `date`: day balances through the end
-// of the period or now, whichever is earlier, cut to the period.
-TimeBankReport periodReport(StoreSession& session, ReportGranularity granularity, Date date) {
-  const Calendar& calendar = session.calendar();
-  const auto unit = granularity == ReportGranularity::week ? Calendar::Unit::weekOfYear : Calendar::Unit::month;
-  const auto period = calendar.dateInterval(unit, date);
-  const Date through = period ? std::min(period->end(), session.now()) : session.now();
+/// What a report covers: a calendar week or month (by the user's calendar),
+/// an ISO year, or the days typed.
+enum class Span { week, month, year, days };
+
+// The report over `interval`: day balances through its end or now, whichever
+// is earlier, cut to the interval.
+TimeBankReport reportOver(StoreSession& session, const DateInterval& interval) {
+  const Date through = std::min(interval.end(), session.now());
   ModelContext& context = session.context();
   const auto days = TimeBankCalculator::dayBalances(context.fetch<WorkEntry>(), context.fetch<BalanceAdjustment>(),
                                                     context.fetch<WorkSchedule>(), session.settings(), through,
-                                                    calendar);
-  return TimeBankReporting::report(days, date, granularity, calendar);
+                                                    session.calendar());
+  return TimeBankReporting::report(days, interval);
 }
 
-Date chosenDate(StoreSession& session, const std::string& text) {
-  if (text.empty()) return session.now();
-  return DateInput::midday(CommandInput::day(text, session.today(), "--date"), session.calendar());
+DateInput::Day chosenDay(StoreSession& session, const std::string& text) {
+  return text.empty() ? session.today() : CommandInput::day(text, session.today(), "--date");
+}
+
+// The interval a span covers around the chosen day; --from and --to for days.
+DateInterval spanInterval(StoreSession& session, Span span, const RangeOptions& options) {
+  const Calendar& calendar = session.calendar();
+  const DateInput::Day day = chosenDay(session, options.date);
+  switch (span) {
+    case Span::week:
+    case Span::month: {
+      const Date midday = DateInput::midday(day, calendar);
+      const auto unit = span == Span::week ? Calendar::Unit::weekOfYear : Calendar::Unit::month;
+      return calendar.dateInterval(unit, midday).value_or(DateInterval(midday, 0));
+    }
+    case Span::year:
+      return DateInterval::between(DateInput::startOfDay({day.year, 1, 1}, calendar),
+                                   DateInput::endOfDay({day.year, 12, 31}, calendar));
+    case Span::days:
+      break;
+  }
+  if (options.from.empty() || options.to.empty()) throw UsageError("report: give --from and --to, or a period");
+  return CommandInput::days(options.from, options.to, day, day, session.today(), calendar);
+}
+
+std::string spanTitle(Span span) {
+  switch (span) {
+    case Span::week: return "Week";
+    case Span::month: return "Month";
+    case Span::year: return "Year";
+    case Span::days: return "Days";
+  }
+  return "Days";
 }
 
 // A bar from the zero line to the day's balance, on the chart's hour range.
-std::string bar(double hours, const TimeBankReporting::HourRange& range) {
+std::string bar(double hours, const TimeBankReporting::HourRange& range, int width) {
   const double span = range.upperBound - range.lowerBound;
   const auto column = [&](double value) {
-    const double position = std::round((value - range.lowerBound) / span * chartWidth);
-    return static_cast<int>(std::clamp(position, 0.0, static_cast<double>(chartWidth)));
+    const double position = std::round((value - range.lowerBound) / span * width);
+    return static_cast<int>(std::clamp(position, 0.0, static_cast<double>(width)));
   };
   const int zero = column(0);
   const int end = std::isfinite(hours) ? column(hours) : zero;
   std::string text;
-  for (int i = 0; i < chartWidth; ++i) {
+  for (int i = 0; i < width; ++i) {
     const bool filled = (i >= std::min(zero, end) && i < std::max(zero, end));
     text += filled ? "\u2588" : (i == zero ? "\u2502" : " ");
   }
-  if (zero == chartWidth && end == zero) text += "\u2502";
+  if (zero == width && end == zero) text += "\u2502";
   return text;
 }
 
-std::string hoursLabel(double hours) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.1f h", hours);
-  return buffer;
+// The chart's scale in the notation of the cells beside it: "−8:48 … +0:00".
+std::string scaleLabel(const TimeBankReporting::HourRange& range) {
+  return Display::amount(range.lowerBound * 3600.0) + " \u2026 " + Display::amount(range.upperBound * 3600.0);
 }
 
-std::string periodCsv(const PeriodOptions& options, StoreSession& session) {
-  const auto granularity = ReportGranularity::fromRawValue(options.period);
-  return TimeBankReporting::csv(periodReport(session, *granularity, chosenDate(session, options.date)),
-                                session.calendar());
+TextTable dayTable(const TimeBankReport& report, const Display& display,
+                   const std::optional<TimeBankReporting::HourRange>& range, int chartColumns) {
+  using Alignment = TextTable::Alignment;
+  std::vector<TextTable::Column> columns{{"Day"},
+                                         {"Worked", Alignment::right},
+                                         {"Adjustments", Alignment::right},
+                                         {"Planned", Alignment::right},
+                                         {"Difference", Alignment::right}};
+  if (range) columns.push_back({scaleLabel(*range)});
+  TextTable table(std::move(columns));
+  for (const DayBalance& day : report.days) {
+    const double balance = day.balanceSeconds();
+    std::vector<TextTable::Cell> cells{display.weekday(day.date) + " " + display.day(day.date),
+                                       Display::duration(day.workedSeconds), Display::amount(day.adjustmentSeconds),
+                                       Display::duration(day.expectedSeconds),
+                                       {Display::amount(balance), Terminal::styleForAmount(balance)}};
+    if (range) cells.emplace_back(bar(balance / 3600.0, *range, chartColumns), Terminal::styleForAmount(balance));
+    table.addRow(std::move(cells));
+  }
+  table.addRule();
+  const double total = report.balanceSeconds();
+  table.addRow({"Total", Display::duration(report.workedSeconds()), Display::amount(report.adjustmentSeconds()),
+                Display::duration(report.expectedSeconds()), {Display::amount(total), Terminal::styleForAmount(total)}});
+  return table;
+}
+
+// Bookings of the report's days by category: how many and their sum.
+void printCategoryTotals(StoreSession& session, const TimeBankReport& report) {
+  struct Total {
+    std::size_t count = 0;
+    double seconds = 0;
+  };
+  std::vector<std::pair<std::string, Total>> totals;  // in order of first appearance by date
+  const Date through = std::min(report.interval.end(), session.now());
+  auto bookings = session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}});
+  for (const auto& booking : bookings) {
+    if (booking->date() < report.interval.start || booking->date() > through || booking->minutes() == 0) continue;
+    const std::string title = booking->category().title;
+    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.first == title; });
+    if (found == totals.end()) found = totals.insert(totals.end(), {title, Total{}});
+    ++found->second.count;
+    found->second.seconds += static_cast<double>(booking->minutes()) * 60.0;
+  }
+  if (totals.empty()) return;
+  TextTable table({{"Category"}, {"Bookings", TextTable::Alignment::right}, {"Total", TextTable::Alignment::right}});
+  for (const auto& [title, total] : totals) {
+    table.addRow({title, std::to_string(total.count), {Display::amount(total.seconds), Terminal::styleForAmount(total.seconds)}});
+  }
+  Terminal::print("");
+  Terminal::write(table.render());
+}
+
+void show(StoreSession& session, const TimeBankReport& report, Span span) {
+  const Display display(session.calendar());
+  const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
+  std::string title = spanTitle(span) + " " + display.day(report.interval.start) + " to " + display.day(lastDay);
+  // A period that reaches past today is reported through today, and says so.
+  if (report.interval.start <= session.now() && session.now() < report.interval.end() &&
+      session.calendar().startOfDay(session.now()) < lastDay) {
+    title += ", through today " + display.day(session.now());
+  }
+  Terminal::print(Terminal::styled(title, Terminal::Style::bold));
+  if (report.days.empty()) {
+    Terminal::print("No days to report: the period lies before the calculation start or in the future.");
+    return;
+  }
+  // The chart takes what the terminal leaves, up to its full width, and is
+  // left out when too little is left to read it.
+  const auto range = TimeBankReporting::chartHourRange(report);
+  int chartColumns = chartWidth;
+  if (const auto columns = Terminal::width()) {
+    const std::size_t without = dayTable(report, display, std::nullopt, 0).width();
+    const std::size_t label = Text::displayWidth(scaleLabel(range));
+    const long left = static_cast<long>(*columns) - static_cast<long>(without) - 2;
+    chartColumns = static_cast<int>(std::clamp<long>(left, 0, chartWidth));
+    if (chartColumns < minimumChartWidth || static_cast<long>(label) > left) chartColumns = 0;
+  }
+  const auto table = dayTable(report, display, chartColumns > 0 ? std::optional(range) : std::nullopt, chartColumns);
+  Terminal::write(table.render());
+  printCategoryTotals(session, report);
 }
 
 void writeDocument(const std::string& output, const std::string& document) {
@@ -87,67 +201,68 @@ void writeDocument(const std::string& output, const std::string& document) {
   if (!FileTransfer::isStandardStream(output)) Terminal::message("Wrote " + output + ".");
 }
 
+Span spanOfPeriod(const std::string& period) {
+  if (period == "week") return Span::week;
+  if (period == "year") return Span::year;
+  return Span::month;
+}
+
 }  // namespace
 
 void showReport(StoreSession& session, ReportGranularity granularity, Date date) {
-  const TimeBankReport report = periodReport(session, granularity, date);
-  const Display display(session.calendar());
-  const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
-  Terminal::print(Terminal::styled(std::string(granularity == ReportGranularity::week ? "Week" : "Month") + " " +
-                                       display.day(report.interval.start) + " to " + display.day(lastDay),
-                                   Terminal::Style::bold));
-  if (report.days.empty()) {
-    Terminal::print("No days to report: the period lies before the calculation start or in the future.");
-    return;
-  }
-  const auto range = TimeBankReporting::chartHourRange(report);
-  using Alignment = TextTable::Alignment;
-  TextTable table({{"Day"}, {"Worked", Alignment::right}, {"Adjustments", Alignment::right},
-                   {"Planned", Alignment::right}, {"Difference", Alignment::right},
-                   {hoursLabel(range.lowerBound) + " ... " + hoursLabel(range.upperBound)}});
-  for (const DayBalance& day : report.days) {
-    const double balance = day.balanceSeconds();
-    table.addRow({display.weekday(day.date) + " " + display.day(day.date), Display::duration(day.workedSeconds),
-                  Display::amount(day.adjustmentSeconds), Display::duration(day.expectedSeconds),
-                  {Display::amount(balance), Terminal::styleForAmount(balance)},
-                  {bar(balance / 3600.0, range), Terminal::styleForAmount(balance)}});
-  }
-  table.addRule();
-  const double total = report.balanceSeconds();
-  table.addRow({"Total", Display::duration(report.workedSeconds()), Display::amount(report.adjustmentSeconds()),
-                Display::duration(report.expectedSeconds()), {Display::amount(total), Terminal::styleForAmount(total)}});
-  Terminal::write(table.render());
+  RangeOptions options;
+  options.date = Display(session.calendar()).day(date);
+  const Span span = granularity == ReportGranularity::week ? Span::week : Span::month;
+  show(session, reportOver(session, spanInterval(session, span, options)), span);
 }
 
 void install(CommandSet& commands) {
   CLI::App& root = commands.root();
-  const std::vector<std::string> periods{"week", "month"};
+  const std::vector<std::string> periods{"week", "month", "year"};
 
-  CLI::App* report = commands.addGroup(root, "report", "The time bank of a week or a month, with a chart");
+  auto rangeOptions = std::make_shared<RangeOptions>();
+  CLI::App* report = commands.add(root, "report", "The time bank of a week, month, year or any days, with a chart",
+                                  [rangeOptions] {
+                                    StoreSession session;
+                                    const bool days = !rangeOptions->from.empty() || !rangeOptions->to.empty();
+                                    const Span span = days ? Span::days : Span::month;
+                                    show(session, reportOver(session, spanInterval(session, span, *rangeOptions)), span);
+                                  });
+  report->add_option("--from", rangeOptions->from, "First day of a range (YYYY-MM-DD), with --to")->type_name("DAY");
+  report->add_option("--to", rangeOptions->to, "Last day of the range")->type_name("DAY");
+  report->footer("Without a period or a range, the report is of this month. Example:\n"
+                 "  quillmont report --from 2026-03-01 --to 2026-03-15");
   for (const std::string& period : periods) {
     auto date = std::make_shared<std::string>();
-    const auto granularity = *ReportGranularity::fromRawValue(period);
+    const Span span = spanOfPeriod(period);
     CLI::App* command = commands.add(*report, period, "Report the " + period + " that contains --date (today)",
-                                     [date, granularity] {
+                                     [date, span] {
                                        StoreSession session;
-                                       showReport(session, granularity, chosenDate(session, *date));
+                                       RangeOptions options;
+                                       options.date = *date;
+                                       show(session, reportOver(session, spanInterval(session, span, options)), span);
                                      });
     command->add_option("--date", *date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
   }
 
   CLI::App* csv = commands.addGroup(root, "csv", "CSV documents of the time bank");
-  auto periodOptions = std::make_shared<PeriodOptions>();
+  auto tableOptions = std::make_shared<DayTableOptions>();
   CLI::App* days = commands.add(*csv, "days", "Worked, adjustment, planned and difference hours per day",
-                                [periodOptions] {
+                                [tableOptions] {
                                   StoreSession session;
-                                  writeDocument(periodOptions->output, periodCsv(*periodOptions, session));
+                                  const bool range = !tableOptions->range.from.empty() || !tableOptions->range.to.empty();
+                                  const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
+                                  const auto table = reportOver(session, spanInterval(session, span, tableOptions->range));
+                                  writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
                                 });
-  days->add_option("--period", periodOptions->period, "week or month (default month)")
+  days->add_option("--period", tableOptions->period, "week, month or year (default month)")
       ->check(CLI::IsMember(periods))
       ->type_name("PERIOD");
-  days->add_option("--date", periodOptions->date, "A day of the period (YYYY-MM-DD); today by default")
+  days->add_option("--date", tableOptions->range.date, "A day of the period (YYYY-MM-DD); today by default")
       ->type_name("DAY");
-  days->add_option("--output,-o", periodOptions->output, "Write to FILE instead of standard output")
+  days->add_option("--from", tableOptions->range.from, "First day of a range instead of a period")->type_name("DAY");
+  days->add_option("--to", tableOptions->range.to, "Last day of the range")->type_name("DAY");
+  days->add_option("--output,-o", tableOptions->output, "Write to FILE instead of standard output")
       ->type_name("FILE");
 
   auto ledgerOptions = std::make_shared<LedgerOptions>();

@@ -1,5 +1,10 @@
 // Black-box tests of reports and CSV documents: the program prints what the
 // core computes from the same store.
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,11 +17,14 @@
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 #include "core/reports/TimeBankReporting.h"
+#include "platform/foundation/Text.h"
 
 namespace quillmont {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using testing::CommandRunner;
 using testing::StoreProbe;
 
@@ -95,6 +103,72 @@ TEST(ReportCommands, ReportPrintsDaysSumsAndChart) {
   const auto month = quillmont.run({"report", "month", "--date", "2025-03-20"});
   EXPECT_THAT(month.out, HasSubstr("Month 2025-03-01 to 2025-03-31"));
   EXPECT_THAT(quillmont.run({"report", "month", "--date", "2024-01-01"}).out, HasSubstr("No days to report"));
+  // The chart's scale speaks like its cells: hours and minutes, a true minus.
+  EXPECT_THAT(month.out, ContainsRegex("Difference  \u2212[0-9]+:[0-9]{2} \u2026 \\+[0-9]+:[0-9]{2}\n"));
+  EXPECT_THAT(month.out, Not(HasSubstr(" h ")));
+}
+
+TEST(ReportCommands, AnyRangeOrYearWithItsCsvAndCategoryTotals) {
+  CommandRunner quillmont;
+  fillMarch2025(quillmont);
+  ASSERT_EQ(quillmont.run({"book", "-30", "-c", "appointment", "-d", "2025-03-04"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-15", "-c", "appointment", "-d", "2025-03-05"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "8h", "-c", "holiday", "-d", "2025-03-20"}).exitCode, 0);
+
+  const auto days = quillmont.run({"report", "--from", "2025-03-04", "--to", "2025-03-06"});
+  ASSERT_EQ(days.exitCode, 0) << days.err;
+  EXPECT_THAT(days.out, HasSubstr("Days 2025-03-04 to 2025-03-06\n"));
+  EXPECT_THAT(days.out, HasSubstr("Tue 2025-03-04"));
+  EXPECT_THAT(days.out, HasSubstr("Thu 2025-03-06"));
+  EXPECT_THAT(days.out, Not(HasSubstr("2025-03-07")));
+  // Only the bookings of those days, by category.
+  EXPECT_THAT(days.out, ContainsRegex("Appointment +3 +\u22122:45\n"));
+  EXPECT_THAT(days.out, Not(HasSubstr("holiday")));
+
+  // A range's CSV has exactly the range's days, and agrees with the month's rows.
+  const auto rangeCsv = quillmont.run({"csv", "days", "--from", "2025-03-04", "--to", "2025-03-06"});
+  ASSERT_EQ(rangeCsv.exitCode, 0) << rangeCsv.err;
+  const auto monthCsv = quillmont.run({"csv", "days", "--date", "2025-03-15"});
+  const auto lines = [](const std::string& text) {
+    std::vector<std::string> result;
+    std::stringstream stream(text);
+    for (std::string line; std::getline(stream, line);) result.push_back(line);
+    return result;
+  };
+  const auto range = lines(rangeCsv.out);
+  const auto month = lines(monthCsv.out);
+  ASSERT_EQ(range.size(), 4u);
+  ASSERT_GE(month.size(), 7u);
+  EXPECT_EQ(std::vector(range.begin() + 1, range.end()), std::vector(month.begin() + 4, month.begin() + 7));
+
+  const auto year = quillmont.run({"report", "year", "--date", "2025-06-01"});
+  ASSERT_EQ(year.exitCode, 0) << year.err;
+  EXPECT_THAT(year.out, HasSubstr("Year 2025-01-01 to 2025-12-31\n"));
+  EXPECT_THAT(year.out, ContainsRegex("Public holiday +2 +\\+16:00\n"));
+  const auto yearCsv = quillmont.run({"csv", "days", "--period", "year", "--date", "2025-06-01"});
+  EXPECT_THAT(yearCsv.out, HasSubstr("2025-03-20,"));
+  EXPECT_THAT(yearCsv.out, HasSubstr("2025-12-31,"));
+}
+
+TEST(ReportCommands, TheChartFitsTheTerminalOrIsLeftOut) {
+  CommandRunner quillmont;
+  fillMarch2025(quillmont);
+  const auto widest = [](const std::string& text) {
+    std::size_t columns = 0;
+    std::stringstream stream(text);
+    for (std::string line; std::getline(stream, line);) columns = std::max(columns, Text::displayWidth(line));
+    return columns;
+  };
+  quillmont.setEnvironment("COLUMNS", "80");
+  const auto narrow = quillmont.run({"report", "week", "--date", "2025-03-05"});
+  EXPECT_LE(widest(narrow.out), 80u);
+  EXPECT_THAT(narrow.out, HasSubstr("\u2588"));
+  quillmont.setEnvironment("COLUMNS", "50");
+  const auto tight = quillmont.run({"report", "week", "--date", "2025-03-05"});
+  EXPECT_THAT(tight.out, Not(HasSubstr("\u2588")));
+  EXPECT_THAT(tight.out, HasSubstr("Total"));
+  quillmont.setEnvironment("COLUMNS", "");
+  EXPECT_THAT(quillmont.run({"report", "week", "--date", "2025-03-05"}).out, HasSubstr("\u2588"));
 }
 
 }  // namespace

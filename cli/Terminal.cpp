@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string_view>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace quillmont::Terminal {
@@ -16,6 +17,19 @@ bool standardOutputHasColour() {
     return (noColour == nullptr || *noColour == '\0') && !dumb && isatty(STDOUT_FILENO) == 1;
   }();
   return hasColour;
+}
+
+std::optional<std::size_t> width() {
+  winsize size{};
+  if (isatty(STDOUT_FILENO) == 1 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return size.ws_col;
+  }
+  if (const char* columns = std::getenv("COLUMNS"); columns != nullptr && *columns != '\0') {
+    char* end = nullptr;
+    const long value = std::strtol(columns, &end, 10);
+    if (*end == '\0' && value > 0 && value < 100000) return static_cast<std::size_t>(value);
+  }
+  return std::nullopt;
 }
 
 bool standardErrorIsTerminal() {

@@ -5,6 +5,8 @@
 // NO_COLOR is not set (to a non-empty value); progress is shown only when standard error is a terminal.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,9 @@ enum class Style { plain, bold, dim, positive, negative, accent };
 
 bool standardOutputHasColour();
 bool standardErrorIsTerminal();
+/// The columns of the terminal standard output goes to, or else of COLUMNS
+/// when it is set; nothing when output has no width (a file, a pipe).
+std::optional<std::size_t> width();
 
 /// `text` wrapped in the style's escape sequences when standard output has colour.
 std::string styled(std::string_view text, Style style);

@@ -13,12 +13,24 @@ void TextTable::addRow(std::vector<Cell> cells) {
 
 void TextTable::addRule() { rows_.emplace_back(); }
 
-std::string TextTable::render() const {
+std::vector<std::size_t> TextTable::columnWidths() const {
   std::vector<std::size_t> widths(columns_.size());
   for (std::size_t i = 0; i < columns_.size(); ++i) widths[i] = Text::displayWidth(columns_[i].title);
   for (const auto& row : rows_) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Text::displayWidth(row[i].text));
   }
+  return widths;
+}
+
+std::size_t TextTable::width() const {
+  const std::vector<std::size_t> widths = columnWidths();
+  std::size_t total = 0;
+  for (const std::size_t width : widths) total += width;
+  return total + 2 * (widths.empty() ? 0 : widths.size() - 1);
+}
+
+std::string TextTable::render() const {
+  const std::vector<std::size_t> widths = columnWidths();
 
   std::string result;
   const auto appendLine = [&](const std::vector<Cell>& cells, bool header) {
@@ -44,9 +56,7 @@ std::string TextTable::render() const {
   std::vector<Cell> header;
   for (const auto& column : columns_) header.emplace_back(column.title);
   appendLine(header, true);
-  std::size_t totalWidth = 0;
-  for (const std::size_t width : widths) totalWidth += width;
-  totalWidth += 2 * (widths.empty() ? 0 : widths.size() - 1);
+  const std::size_t totalWidth = width();
   for (const auto& row : rows_) {
     if (row.empty()) {
       for (std::size_t i = 0; i < totalWidth; ++i) result += "\u2500";

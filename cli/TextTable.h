@@ -36,8 +36,12 @@ class TextTable {
 
   /// Every line ends with a line feed; trailing blanks are dropped.
   std::string render() const;
+  /// The terminal columns of the widest line (the rules' length).
+  std::size_t width() const;
 
  private:
+  std::vector<std::size_t> columnWidths() const;
+
   std::vector<Column> columns_;
   std::vector<std::vector<Cell>> rows_;  // an empty row is a rule
 };

@@ -62,9 +62,13 @@ void appendLedgerRow(std::string& text, const DateFormatter& formatter, Date day
 TimeBankReport report(std::span<const DayBalance> days, Date containing, ReportGranularity granularity,
                       const Calendar& calendar) {
   const Calendar::Unit unit = granularity == ReportGranularity::week ? Calendar::Unit::weekOfYear : Calendar::Unit::month;
-  TimeBankReport result{calendar.dateInterval(unit, containing).value_or(DateInterval(containing, 0)), {}};
-  const Date start = result.interval.start;
-  const Date end = result.interval.end();
+  return report(days, calendar.dateInterval(unit, containing).value_or(DateInterval(containing, 0)));
+}
+
+TimeBankReport report(std::span<const DayBalance> days, const DateInterval& interval) {
+  TimeBankReport result{interval, {}};
+  const Date start = interval.start;
+  const Date end = interval.end();
   std::copy_if(days.begin(), days.end(), std::back_inserter(result.days),
                [&](const DayBalance& day) { return day.date >= start && day.date < end; });
   return result;

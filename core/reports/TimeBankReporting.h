@@ -40,6 +40,8 @@ inline constexpr std::string_view ledgerTableHeader = "date,added_hours,removed_
 /// cannot tell the period, a zero-length interval at `containing` (no days).
 TimeBankReport report(std::span<const DayBalance> days, Date containing, ReportGranularity granularity,
                       const Calendar& calendar);
+/// Any range of days: the given days that start inside `interval`.
+TimeBankReport report(std::span<const DayBalance> days, const DateInterval& interval);
 
 /// The hours a bar chart of the report's daily balances spans: it always
 /// includes 0, spans at least one hour and leaves a 10 % margin beyond the

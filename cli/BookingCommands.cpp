@@ -69,6 +69,7 @@ void book(const BookOptions& options) {
   const std::int64_t minutes = CommandInput::minutes(options.duration, "DURATION");
   const std::string& note = CommandInput::text(options.note, "--note");
   StoreSession session;
+  session.journal("book " + options.duration);
   const std::string rawValue = categoryRawValue(options.category, session.settings());
   const Date selected = options.day.empty()
                             ? session.now()
@@ -111,6 +112,7 @@ void list(const ListOptions& options) {
 
 void remove(const std::string& identifier) {
   StoreSession session;
+  session.journal("bookings delete " + identifier);
   const auto found = RecordLookup::find(session.context().fetch<BalanceAdjustment>(), identifier, "booking");
   const auto& booking = *found.front();
   if (ManualLedgerMigration::isCarryover(booking)) {

@@ -66,7 +66,7 @@ const std::array<Family, 9>& families() {
       {ArchiveCommands::install, {"export", "import", "import-legacy"}},
       {OpenCommand::install, {"open"}},
       {WidgetCommands::install, {"widget"}},
-      {HousekeepingCommands::install, {"erase", "doctor"}},
+      {HousekeepingCommands::install, {"erase", "undo", "doctor"}},
   }};
   return list;
 }

@@ -35,12 +35,13 @@ TEST(CommandLine, EveryCommandHasHelp) {
   CommandRunner quillmont;
   const std::vector<std::vector<std::string>> commands{
       {"overview"}, {"book"}, {"bookings"}, {"bookings", "list"}, {"bookings", "delete"}, {"timer"},
-      {"timer", "start"}, {"timer", "stop"}, {"timer", "toggle"}, {"timer", "status"}, {"work"}, {"work", "add"},
+      {"timer", "start"}, {"timer", "stop"}, {"timer", "toggle"}, {"timer", "status"}, {"timer", "cancel"},
+      {"timer", "continue"}, {"report", "year"}, {"work"}, {"work", "add"},
       {"work", "edit"}, {"work", "delete"}, {"work", "list"}, {"report"}, {"report", "week"}, {"report", "month"},
       {"csv"}, {"csv", "days"}, {"csv", "ledger"}, {"setup"}, {"settings"}, {"schedule"}, {"schedule", "add"},
       {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
       {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
-      {"import-legacy"}, {"open"}, {"erase"}, {"doctor"}, {"widget"}, {"widget", "show"},
+      {"import-legacy"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
       {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}};
   for (auto arguments : commands) {
     arguments.push_back("--help");

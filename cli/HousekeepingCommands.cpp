@@ -32,8 +32,23 @@ void erase(bool confirmed) {
                          "run `quillmont erase --yes` to do it");
   }
   StoreSession session;
+  session.journal("erase");
   DataStoreMaintenance::eraseAll(session.context());
   Terminal::message("Erased every record.");
+}
+
+void undo(bool dryRun) {
+  StoreSession session;
+  const Display display(session.calendar());
+  const auto last = session.container()->lastUndoableAction();
+  if (!last) throw CommandFailure("Nothing to undo.");
+  if (dryRun) {
+    Terminal::print("The last change: " + last->name + " (" + display.dateTime(last->at) + ").");
+    return;
+  }
+  const auto undone = session.container()->undoLastAction();
+  if (!undone) throw CommandFailure("Nothing to undo.");
+  Terminal::message("Undid " + undone->name + " (" + display.dateTime(undone->at) + ").");
 }
 
 void row(std::string_view label, const std::string& value) {
@@ -116,6 +131,13 @@ void install(CommandSet& commands) {
   CLI::App* eraseCommand = commands.add(commands.root(), "erase", "Delete every record of the store",
                                         [confirmed] { erase(*confirmed); });
   eraseCommand->add_flag("--yes", *confirmed, "Confirm that everything is to be deleted");
+  auto dryRun = std::make_shared<bool>(false);
+  CLI::App* undoCommand = commands.add(commands.root(), "undo", "Take back the last change made on the command line",
+                                       [dryRun] { undo(*dryRun); });
+  undoCommand->add_flag("--dry-run", *dryRun, "Only say what would be taken back");
+  undoCommand->footer("Bookings, work, the timer, settings, schedules, categories and erase can be taken back, the "
+                      "last one first, as long as their records have not changed since; imports and the widget's "
+                      "buttons cannot.");
   commands.add(commands.root(), "doctor", "Show where the data lives, what is allowed and whether the store is sound",
                [] { doctor(); });
 }

@@ -130,6 +130,7 @@ std::vector<CustomAdjustmentCategory> categories(const TimeBankSettings& setting
 
 void setup(const SettingsOptions& options) {
   StoreSession session;
+  session.journal("setup");
   apply(session, options);
   session.settings().setHasCompletedOnboarding(true);
   // A bank set up here starts the manual ledger from the balance stated.
@@ -141,6 +142,7 @@ void setup(const SettingsOptions& options) {
 
 void settings(const SettingsOptions& options) {
   StoreSession session;
+  session.journal("settings");
   if (!options.empty()) {
     apply(session, options);
     session.saveSettings();
@@ -157,6 +159,7 @@ std::vector<std::shared_ptr<WorkSchedule>> schedules(StoreSession& session) {
 
 void addSchedule(const std::string& from, const std::string& week) {
   StoreSession session;
+  session.journal("schedule add " + from);
   const Date effectiveFrom = DateInput::startOfDay(CommandInput::day(from, session.today(), "DAY"), session.calendar());
   const WeekdayMinutes minutes = weekdayMinutes(week, "WEEK");
   auto schedule = std::make_shared<WorkSchedule>(UUID::random(), effectiveFrom, minutes, session.now(), session.now());
@@ -189,6 +192,7 @@ void listSchedules() {
 
 void removeSchedule(const std::string& identifier) {
   StoreSession session;
+  session.journal("schedule remove " + identifier);
   const auto found = RecordLookup::find(schedules(session), identifier, "schedule");
   for (const auto& schedule : found) session.context().deleteRecord(schedule);
   session.context().save();
@@ -224,6 +228,7 @@ void setKinds(const std::vector<std::string>& names, bool none) {
   AdjustmentKindConfiguration::KindSet kinds;
   for (const std::string& name : names) kinds.insert(configurableKind(name));
   StoreSession session;
+  session.journal("kinds");
   session.settings().setVisibleAdjustmentKindsRawValue(AdjustmentKindConfiguration::rawValue(kinds));
   session.saveSettings();
   Terminal::message("Offered kinds: " + kindsText(session.settings().visibleAdjustmentKindsRawValue()) + ".");
@@ -266,6 +271,7 @@ void storeCategories(StoreSession& session, const std::vector<CustomAdjustmentCa
 void addCategory(const std::string& title) {
   const CustomAdjustmentCategory category = newCategory(title);
   StoreSession session;
+  session.journal("category add " + title);
   auto list = categories(session.settings());
   list.push_back(category);
   storeCategories(session, list, category);
@@ -282,6 +288,7 @@ std::size_t existingCategory(const std::vector<CustomAdjustmentCategory>& list, 
 void renameCategory(const std::string& from, const std::string& to) {
   const CustomAdjustmentCategory renamed = newCategory(to);
   StoreSession session;
+  session.journal("category rename " + from + " to " + to);
   auto list = categories(session.settings());
   const std::size_t index = existingCategory(list, from);
   const CustomAdjustmentCategory previous = list[index];
@@ -304,6 +311,7 @@ void renameCategory(const std::string& from, const std::string& to) {
 
 void removeCategory(const std::string& title) {
   StoreSession session;
+  session.journal("category remove " + title);
   auto list = categories(session.settings());
   const std::size_t index = existingCategory(list, title);
   const CustomAdjustmentCategory removed = list[index];

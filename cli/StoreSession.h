@@ -41,6 +41,9 @@ class StoreSession {
 
   /// Marks the settings as changed now and saves the context.
   void saveSettings();
+  /// Journals what the command saves from now on as one action, so that
+  /// `quillmont undo` can take it back; `action` is how undo names it.
+  void journal(std::string action) { context_->setUndoAction(std::move(action)); }
 
   /// Saves the widget snapshot and asks the widgets to reload, when the
   /// store changed since the last refresh. A snapshot that cannot be built

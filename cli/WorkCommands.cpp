@@ -68,6 +68,7 @@ void reportStart(StoreSession& session, Date at, const std::string& note) {
 
 void timerStart(const TimerOptions& options) {
   StoreSession session;
+  session.journal("timer start");
   const Date at = timerInstant(session, options.at);
   const std::string note = CommandInput::text(options.note.value_or(""), "--note");
   if (!TimerSessionController::start(session.context(), at, note)) {
@@ -80,6 +81,7 @@ void timerStart(const TimerOptions& options) {
 
 void timerContinue(const std::string& atText) {
   StoreSession session;
+  session.journal("timer continue");
   const Date at = timerInstant(session, atText);
   const std::string note = TimerSessionController::lastNote(session.context());
   if (!TimerSessionController::start(session.context(), at, note)) {
@@ -92,6 +94,7 @@ void timerContinue(const std::string& atText) {
 
 void timerStop(const std::string& atText) {
   StoreSession session;
+  session.journal("timer stop");
   const Date at = timerInstant(session, atText);
   const auto running = TimerSessionController::runningEntry(session.context(), session.now());
   // Nothing to stop is a refusal, which scripts must be able to tell.
@@ -107,6 +110,7 @@ void timerStop(const std::string& atText) {
 
 void timerCancel() {
   StoreSession session;
+  session.journal("timer cancel");
   const auto cancelled = TimerSessionController::cancel(session.context(), session.now());
   if (!cancelled) throw CommandFailure("The timer is not running.");
   Terminal::message("Timer cancelled; the time since " + Display(session.calendar()).time(cancelled->startedAt()) +
@@ -115,6 +119,7 @@ void timerCancel() {
 
 void timerToggle() {
   StoreSession session;
+  session.journal("timer toggle");
   const auto running = TimerSessionController::runningEntry(session.context(), session.now());
   if (TimerSessionController::toggle(session.context(), session.now())) {
     Terminal::message("Timer started at " + Display(session.calendar()).time(session.now()) + ".");
@@ -153,6 +158,7 @@ void checkInterval(Date start, std::optional<Date> end, bool force, const Calend
 
 void add(const EntryOptions& options) {
   StoreSession session;
+  session.journal("work add");
   const Date start = CommandInput::dateTime(options.start, session.today(), session.calendar(), "--start");
   const Date end = CommandInput::endTime(options.end, start, session.today(), session.calendar(), "--end");
   const std::int64_t pause = options.breakTime.empty() ? 0 : breakMinutes(options.breakTime);
@@ -173,6 +179,7 @@ std::vector<std::shared_ptr<WorkEntry>> entries(StoreSession& session) {
 
 void edit(const EntryOptions& options) {
   StoreSession session;
+  session.journal("work edit " + options.identifier);
   const auto found = RecordLookup::find(entries(session), options.identifier, "work entry");
   WorkEntry& entry = *found.front();
   // A time of day alone keeps the entry on its own day.
@@ -196,6 +203,7 @@ void edit(const EntryOptions& options) {
 
 void remove(const std::string& identifier) {
   StoreSession session;
+  session.journal("work delete " + identifier);
   const auto found = RecordLookup::find(entries(session), identifier, "work entry");
   for (const auto& entry : found) session.context().deleteRecord(entry);
   session.context().save();

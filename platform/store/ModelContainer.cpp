@@ -26,14 +26,7 @@ constexpr std::string_view keyColumn = "_pk";
 constexpr std::string_view metadataTable = "_metadata";
 constexpr int busyTimeoutMilliseconds = 10'000;
 
-std::string identifier(std::string_view name) {
-  std::string result = "\"";
-  for (const char c : name) {
-    result += c;
-    if (c == '"') result += '"';
-  }
-  return result + '"';
-}
+std::string identifier(std::string_view name) { return SQLiteDatabase::quoted(name); }
 
 std::string textLiteral(std::string_view text) {
   std::string result = "'";
@@ -301,6 +294,10 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
     database.execute("BEGIN IMMEDIATE");
     try {
       for (const auto& change : schemaChanges(database, configuration.schema, label)) database.execute(change);
+      // The journal's row images have the tables' old shape: start it afresh.
+      for (const auto& statement : UndoJournal::discardStatements(configuration.schema.entities)) {
+        database.execute(statement);
+      }
       database.execute("COMMIT");
     } catch (...) {
       if (database.isInTransaction()) sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -435,6 +432,26 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
   try {
     write();
     database_.execute("COMMIT", Code::saveFailed);  // not a save of records
+  } catch (...) {
+    abandonWriting();
+    throw;
+  }
+}
+
+std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
+  beginWriting();
+  try {
+    auto undone = journal_.undoLast();
+    if (!undone) {
+      database_.execute("COMMIT", Code::saveFailed);
+      return std::nullopt;
+    }
+    for (const std::size_t entity : undone->second) {
+      raiseGeneration(entities_[entity].description->name);
+      ++entities_[entity].commitCount;  // this connection's contexts reload
+    }
+    commitWriting();
+    return undone->first;
   } catch (...) {
     abandonWriting();
     throw;

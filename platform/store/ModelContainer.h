@@ -30,6 +30,7 @@
 #include "platform/store/ModelConfiguration.h"
 #include "platform/store/SQLiteDatabase.h"
 #include "platform/store/SQLiteStatement.h"
+#include "platform/store/UndoJournal.h"
 
 namespace quillmont {
 
@@ -66,6 +67,15 @@ class ModelContainer {
   /// observer (see ModelContext), else in a transaction of its own. Throws
   /// StoreError(busy, saveFailed or readOnly).
   void setMetadata(std::string_view key, std::string_view value);
+
+  /// The action the next undo would undo (the newest journaled one; see
+  /// UndoJournal); nothing when there is none.
+  std::optional<UndoJournal::Action> lastUndoableAction() const { return journal_.last(); }
+  /// Undoes the newest journaled action in one transaction and returns it;
+  /// nothing when there is none. Throws StoreError(changedSince) when its
+  /// records changed since (then nothing is changed), busy, saveFailed or
+  /// readOnly.
+  std::optional<UndoJournal::Action> undoLastAction();
 
  private:
   friend class ModelContext;
@@ -112,6 +122,7 @@ class ModelContainer {
   SQLiteStatement readMetadata_;
   SQLiteStatement raiseGeneration_;
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
+  UndoJournal journal_{database_, configuration_.schema.entities};
   bool isReadOnly_ = false;
   std::uint64_t savesCommitted_ = 0;
 };

@@ -21,6 +21,11 @@ bool ModelContext::hasChanges() const {
   return std::any_of(entities_.begin(), entities_.end(), [](const auto& entity) { return entity->hasChanges(); });
 }
 
+void ModelContext::setUndoAction(std::string action) {
+  undoAction_ = std::move(action);
+  undoCommand_ = UUID::random().uuidString();
+}
+
 void ModelContext::save() {
   if (!hasChanges()) return;
   if (!container_->configuration().allowsSave) {
@@ -32,6 +37,7 @@ void ModelContext::save() {
     // writers up to the busy timeout), so the transaction never has to
     // upgrade a read lock, which is where two writers could deadlock.
     container_->beginWriting();
+    if (undoAction_) container_->journal_.begin(*undoAction_, undoCommand_, Date::now());
     for (const auto& entity : entities_) {
       if (entity->write()) written.push_back(entity.get());
     }
@@ -41,14 +47,17 @@ void ModelContext::save() {
       container_->raiseGeneration(name);
       if (entity->isObserved()) entity->notifyObserver(previous, previous + 1);
     }
+    container_->journal_.end();
     container_->commitWriting();
   } catch (const StoreError& error) {
+    container_->journal_.end();
     // Nothing in memory has changed yet: row keys and clean flags are only
     // handed out below, after the commit.
     container_->abandonWriting();
     const bool keepsCode = error.code() == Code::busy || error.code() == Code::readOnly;
     throw StoreError(keepsCode ? error.code() : Code::saveFailed, error.what());
   } catch (...) {
+    container_->journal_.end();
     container_->abandonWriting();
     throw;
   }

@@ -74,6 +74,11 @@ class ModelContext {
   template <class Model>
   void deleteAll();
 
+  /// Journals every following save of this context as one action named
+  /// `action` (see UndoJournal), so `ModelContainer::undoLastAction` can
+  /// undo all of them at once. Saves before the call are not journaled.
+  void setUndoAction(std::string action);
+
   /// Whether anything was inserted, changed or deleted since the last save.
   bool hasChanges() const;
   /// The same for records of one type.
@@ -169,6 +174,8 @@ class ModelContext {
 
   std::shared_ptr<ModelContainer> container_;
   std::vector<std::unique_ptr<Entity>> entities_;
+  std::optional<std::string> undoAction_;
+  std::string undoCommand_;
 };
 
 template <class Model>
@@ -230,24 +237,30 @@ class ModelContext::RecordTable final : public Entity {
     bool wrote = false;
     newKeys.clear();
     newKeys.reserve(inserted.size());
+    UndoJournal& journal = owner.journal_;
+    const auto entity = static_cast<std::size_t>(&store - owner.entities_.data());
     for (const Record& record : inserted) {
       SQLiteStatement::Scope scope(store.insert);
       bindAttributes(store.insert, *record);
       store.insert.step();
       newKeys.push_back(owner.database_.lastInsertRowid());
+      journal.record(entity, newKeys.back(), UndoJournal::Image::inserted);
       wrote = true;
     }
     const int keyIndex = static_cast<int>(Model::attributes().size()) + 1;
     for (const Record& record : rows) {
       const PersistentModel& known = state(*record);
       if (!known.hasChanges_ || known.pending_ != Pending::nothing) continue;
+      journal.record(entity, known.persistentIdentifier_, UndoJournal::Image::beforeUpdate);
       SQLiteStatement::Scope scope(store.update);
       bindAttributes(store.update, *record);
       store.update.bind(keyIndex, known.persistentIdentifier_);
       store.update.step();
+      journal.record(entity, known.persistentIdentifier_, UndoJournal::Image::afterUpdate);
       wrote = true;
     }
     for (const Record& record : deleted) {
+      journal.record(entity, state(*record).persistentIdentifier_, UndoJournal::Image::beforeDelete);
       SQLiteStatement::Scope scope(store.remove);
       store.remove.bind(1, state(*record).persistentIdentifier_);
       store.remove.step();

@@ -403,6 +403,80 @@ TEST_F(ModelContextTest, SaveObserversShareTheSavesTransaction) {
   EXPECT_EQ(fresh.fetch<Task>()[0]->priority(), 1);
 }
 
+TEST_F(ModelContextTest, UndoRestoresEveryRecordOfTheLastActionExactly) {
+  const auto container = open();
+  ModelContext context(container);
+  const Tasks before = saveTasks(context, {"kept", "edited", "deleted"});  // not journaled
+  const std::int64_t generation = context.generation<Task>();
+
+  // One action of two saves: an insert, an edit, a deletion, then an edit of the new record.
+  context.setUndoAction("tidy up");
+  auto added = std::make_shared<Task>("added", 3, Date(-12.5));
+  context.insert(added);
+  before[1]->setTitle("edited twice");
+  before[1]->setPriority(-7);
+  context.deleteRecord(before[2]);
+  context.save();
+  added->setDone(true);
+  context.save();
+  ASSERT_EQ(container->lastUndoableAction()->name, "tidy up");
+
+  // Another program (or a later run) undoes it.
+  const auto elsewhere = open();
+  const auto undone = elsewhere->undoLastAction();
+  ASSERT_TRUE(undone);
+  EXPECT_EQ(undone->name, "tidy up");
+  EXPECT_FALSE(elsewhere->lastUndoableAction());
+  EXPECT_FALSE(elsewhere->undoLastAction());  // the saves before the action stay
+
+  ModelContext fresh(open());
+  const Tasks after = fresh.fetch<Task>();
+  ASSERT_EQ(titles(after), (std::vector<std::string>{"kept", "edited", "deleted"}));
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    EXPECT_EQ(after[i]->id(), before[i]->id());
+    EXPECT_EQ(after[i]->createdAt(), Date(1000.25));  // a fraction survives the round trip
+    EXPECT_FALSE(after[i]->dueAt());
+    EXPECT_EQ(after[i]->priority(), 0);
+  }
+  EXPECT_GT(fresh.generation<Task>(), generation + 2);  // readers and marks notice
+  // The context that made the change sees the undo on its next fetch.
+  EXPECT_EQ(titles(context.fetch<Task>()), (std::vector<std::string>{"kept", "edited", "deleted"}));
+}
+
+TEST_F(ModelContextTest, UndoRefusesWhenARecordChangedSinceAndKeepsOnlyTheLastActions) {
+  const auto container = open();
+  ModelContext context(container);
+  const Tasks tasks = saveTasks(context, {"a"});
+  context.setUndoAction("rename");
+  tasks[0]->setTitle("b");
+  context.save();
+  executeElsewhere("UPDATE \"Task\" SET priority = 9");  // a change the journal never saw
+
+  try {
+    container->undoLastAction();
+    ADD_FAILURE() << "the undo went through";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.code(), StoreError::Code::changedSince);
+  }
+  ModelContext fresh(open());
+  ASSERT_EQ(fresh.fetch<Task>().size(), 1u);
+  EXPECT_EQ(fresh.fetch<Task>()[0]->title(), "b");
+  EXPECT_EQ(fresh.fetch<Task>()[0]->priority(), 9);
+  EXPECT_EQ(container->lastUndoableAction()->name, "rename");  // still there to retry
+
+  // The journal keeps only the newest actions.
+  for (std::size_t i = 0; i < UndoJournal::keptCommands + 5; ++i) {
+    ModelContext action(container);
+    action.setUndoAction("action " + std::to_string(i));
+    action.insert(std::make_shared<Task>("t" + std::to_string(i)));
+    action.save();
+  }
+  std::size_t undone = 0;
+  while (container->undoLastAction()) ++undone;
+  EXPECT_EQ(undone, UndoJournal::keptCommands);
+  EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 6u);  // "b" and the five oldest inserts
+}
+
 TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   open();  // create the store before the writers start
   int start[2];

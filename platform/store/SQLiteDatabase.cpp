@@ -45,6 +45,15 @@ SQLiteDatabase SQLiteDatabase::openInMemory() {
   return open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY, "the store in memory");
 }
 
+std::string SQLiteDatabase::quoted(std::string_view name) {
+  std::string result = "\"";
+  for (const char c : name) {
+    result += c;
+    if (c == '"') result += '"';
+  }
+  return result + '"';
+}
+
 SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }
 
 SQLiteDatabase::SQLiteDatabase(SQLiteDatabase&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}

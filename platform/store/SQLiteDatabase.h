@@ -35,6 +35,9 @@ class SQLiteDatabase {
 
   sqlite3* handle() const { return database_; }
 
+  /// `name` as an SQL identifier: in double quotes, inner quotes doubled.
+  static std::string quoted(std::string_view name);
+
   /// Runs one or more statements that return no rows; failures throw a
   /// StoreError whose code is `code` unless SQLite names a more specific
   /// kind (busy, not a database).

@@ -17,6 +17,7 @@ class StoreError : public std::runtime_error {
     busy,           ///< another process kept the store locked past the busy timeout
     saveFailed,     ///< a save was refused or failed; pending changes were kept
     readOnly,       ///< the store can be read but not changed (its file or folder is read-only)
+    changedSince,   ///< an undo found records changed after the action it was to undo
     other,
   };
 

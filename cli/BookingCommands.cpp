@@ -9,6 +9,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/CommandInput.h"
 #include "cli/Display.h"
+#include "cli/JsonOutput.h"
 #include "cli/RecordLookup.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
@@ -36,6 +37,7 @@ struct ListOptions {
   std::string from;
   std::string to;
   bool all = false;
+  bool json = false;
 };
 
 // The category text of a built-in kind (by raw value or title) or of one of
@@ -96,17 +98,88 @@ void book(const BookOptions& options) {
 }
 
 
+// The bookings dated inside an interval (the ledger's start marker, which
+// books nothing, left out) and the balance before its first day: the
+// starting balance and every booking dated earlier, so that it plus the
+// listed total is the balance after.
+struct Listing {
+  std::vector<std::shared_ptr<BalanceAdjustment>> bookings;
+  double before = 0;
+  double total = 0;
+};
+
+Listing listing(StoreSession& session, const DateInterval& interval) {
+  Listing result;
+  result.before = static_cast<double>(session.settings().startingBalanceMinutes()) * 60.0;
+  for (auto& adjustment :
+       session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
+    const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
+    if (adjustment->date() < interval.start) {
+      result.before += seconds;
+    } else if (adjustment->date() < interval.end() && !ManualLedgerMigration::isCarryover(*adjustment)) {
+      result.total += seconds;
+      result.bookings.push_back(std::move(adjustment));
+    }
+  }
+  return result;
+}
+
+void listJSON(StoreSession& session, const DateInterval& interval, const std::optional<DateInput::Day>& first,
+              const std::optional<DateInput::Day>& last) {
+  const Display display(session.calendar());
+  const Listing shown = listing(session, interval);
+  JsonOutput::print([&](JsonWriter& writer) {
+    writer.beginObject();
+    JsonOutput::text(writer, "from", first ? std::optional(dayText(*first)) : std::nullopt);
+    JsonOutput::text(writer, "to", last ? std::optional(dayText(*last)) : std::nullopt);
+    writer.key("bookings");
+    writer.beginArray();
+    for (const auto& booking : shown.bookings) {
+      writer.beginObject();
+      writer.key("id");
+      writer.string(booking->id().uuidString());
+      JsonOutput::instant(writer, "date", booking->date(), display);
+      writer.key("minutes");
+      writer.integer(booking->minutes());
+      JsonOutput::amount(writer, "amount", static_cast<double>(booking->minutes()) * 60.0);
+      writer.key("category");
+      writer.string(booking->kindRawValue());
+      writer.key("categoryTitle");
+      writer.string(booking->category().title);
+      writer.key("note");
+      writer.string(booking->note());
+      writer.endObject();
+    }
+    writer.endArray();
+    writer.key("count");
+    writer.integer(static_cast<std::int64_t>(shown.bookings.size()));
+    JsonOutput::amount(writer, "total", shown.total);
+    JsonOutput::amount(writer, "balanceBefore", shown.before);
+    JsonOutput::amount(writer, "balanceAfter", shown.before + shown.total);
+    writer.endObject();
+  });
+}
+
 void list(const ListOptions& options) {
   StoreSession session;
   const DateInput::Day today = session.today();
   if (options.all) {
-    showList(session, DateInterval::between(Date(-1e300), Date(1e300)), "of every day");
+    const DateInterval everything = DateInterval::between(Date(-1e300), Date(1e300));
+    if (options.json) {
+      listJSON(session, everything, std::nullopt, std::nullopt);
+    } else {
+      showList(session, everything, "of every day");
+    }
     return;
   }
   const DateInput::Day first = options.from.empty() ? today.adding(1 - defaultListDays)
                                                     : CommandInput::day(options.from, today, "--from");
   const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
   const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  if (options.json) {
+    listJSON(session, interval, first, last);
+    return;
+  }
   showList(session, interval, rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
@@ -127,37 +200,28 @@ void remove(const std::string& identifier) {
 
 }  // namespace
 
+std::string dayText(const DateInput::Day& day) {
+  char buffer[16];
+  std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", day.year, day.month, day.day);
+  return buffer;
+}
+
 std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, bool byDefault) {
-  const auto text = [](const DateInput::Day& day) {
-    char buffer[16];
-    std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", day.year, day.month, day.day);
-    return std::string(buffer);
-  };
-  return "from " + text(first) + " to " + text(last) +
+  return "from " + dayText(first) + " to " + dayText(last) +
          (byDefault ? " (the last " + std::to_string(defaultListDays) + " days; --from, --to or --all for others)" : "");
 }
 
 void showList(StoreSession& session, const DateInterval& interval, const std::string& range) {
   const Display display(session.calendar());
   const bool everything = interval.start == Date(-1e300);
-
-  // The balance before the first day: the starting balance and every booking
-  // dated earlier, so that it plus the listed total is the balance after.
-  const auto all = session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}});
-  double before = static_cast<double>(session.settings().startingBalanceMinutes()) * 60.0;
+  const Listing shown = listing(session, interval);
+  if (shown.bookings.empty()) {
+    Terminal::message("No bookings " + range + "; the balance stays " + Display::amount(shown.before) + ".");
+    return;
+  }
   TextTable table({{"ID"}, {"Date"}, {"Amount", TextTable::Alignment::right}, {"Category"}, {"Note"}});
-  double total = 0;
-  std::size_t count = 0;
-  for (const auto& adjustment : all) {
+  for (const auto& adjustment : shown.bookings) {
     const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
-    if (adjustment->date() < interval.start) before += seconds;
-    // The ledger's start marker books nothing; it is not a booking of the person's.
-    if (adjustment->date() < interval.start || adjustment->date() >= interval.end() ||
-        ManualLedgerMigration::isCarryover(*adjustment)) {
-      continue;
-    }
-    total += seconds;
-    ++count;
     table.addRow({Display::shortIdentifier(adjustment->id()), display.dateTime(adjustment->date()),
                   {Display::amount(seconds), Terminal::styleForAmount(seconds)}, adjustment->category().title,
                   adjustment->note()});
@@ -165,20 +229,17 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   const auto balanceRow = [&](std::string label, std::string day, double seconds) {
     table.addRow({std::move(label), std::move(day), {Display::amount(seconds), Terminal::styleForAmount(seconds)}});
   };
-  if (count == 0) {
-    Terminal::message("No bookings " + range + "; the balance stays " + Display::amount(before) + ".");
-    return;
-  }
+  const std::size_t count = shown.bookings.size();
   table.addRule();
   table.addRow({std::to_string(count) + (count == 1 ? " booking" : " bookings"), "",
-                {Display::amount(total), Terminal::styleForAmount(total)}});
+                {Display::amount(shown.total), Terminal::styleForAmount(shown.total)}});
   if (everything) {
-    balanceRow("Starting balance", "", before);
-    balanceRow("Resulting balance", "", before + total);
+    balanceRow("Starting balance", "", shown.before);
+    balanceRow("Resulting balance", "", shown.before + shown.total);
   } else {
     const std::optional<Date> lastInstant = session.calendar().dateByAddingSeconds(-1, interval.end());
-    balanceRow("Balance before", display.day(interval.start), before);
-    balanceRow("Balance after", lastInstant ? display.day(*lastInstant) : "", before + total);
+    balanceRow("Balance before", display.day(interval.start), shown.before);
+    balanceRow("Balance after", lastInstant ? display.day(*lastInstant) : "", shown.before + shown.total);
   }
   Terminal::print(Terminal::styled("Bookings " + range, Terminal::Style::bold));
   Terminal::write(table.render());
@@ -208,6 +269,7 @@ void install(CommandSet& commands) {
   listCommand->add_option("--from", listOptions->from, "First day (YYYY-MM-DD)")->type_name("DAY");
   listCommand->add_option("--to", listOptions->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
   listCommand->add_flag("--all", listOptions->all, "Every booking")->excludes("--from")->excludes("--to");
+  listCommand->add_flag("--json", listOptions->json, "Print a JSON object instead of a table");
   auto identifier = std::make_shared<std::string>();
   CLI::App* deleteCommand =
       commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });

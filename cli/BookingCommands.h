@@ -21,6 +21,8 @@ void install(CommandSet& commands);
 /// Prints the bookings dated inside `interval`, oldest first, under a title
 /// naming the `range`, with the balance before and after the range.
 void showList(StoreSession& session, const DateInterval& interval, const std::string& range);
+/// "2026-03-01".
+std::string dayText(const DateInput::Day& day);
 /// "from 2026-03-01 to 2026-03-31", saying so when it is the default range.
 std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, bool byDefault);
 

@@ -1,13 +1,17 @@
 #include "cli/HousekeepingCommands.h"
 
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/CommandFailure.h"
 #include "cli/Display.h"
+#include "cli/JsonOutput.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
 #include "core/engine/DataStoreMaintenance.h"
@@ -51,39 +55,78 @@ void undo(bool dryRun) {
   Terminal::message("Undid " + undone->name + " (" + display.dateTime(undone->at) + ").");
 }
 
-void row(std::string_view label, const std::string& value) {
-  Terminal::print(Terminal::styled(label, Terminal::Style::dim) + std::string(20 - label.size(), ' ') + value);
-}
+// What doctor found, a labelled line each, printed as text or as a JSON
+// object whose keys are the labels in camel case ("Data home": "dataHome").
+struct Diagnosis {
+  std::vector<std::pair<std::string, std::string>> rows;
+
+  void row(std::string_view label, const std::string& value) { rows.emplace_back(label, value); }
+
+  static std::string key(std::string_view label) {
+    std::string result;
+    bool upper = false;
+    for (const char c : label) {
+      if (c == ' ' || c == '-') {
+        upper = true;
+      } else {
+        result += upper ? static_cast<char>(std::toupper(static_cast<unsigned char>(c)))
+                        : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        upper = false;
+      }
+    }
+    return result;
+  }
+
+  void print(bool json, bool healthy) const {
+    if (!json) {
+      for (const auto& [label, value] : rows) {
+        Terminal::print(Terminal::styled(label, Terminal::Style::dim) + std::string(20 - label.size(), ' ') + value);
+      }
+      return;
+    }
+    JsonOutput::print([&](JsonWriter& writer) {
+      writer.beginObject();
+      for (const auto& [label, value] : rows) {
+        writer.key(key(label));
+        writer.string(value);
+      }
+      writer.key("healthy");
+      writer.boolean(healthy);
+      writer.endObject();
+    });
+  }
+};
 
 std::string counted(std::size_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-void doctor() {
+void doctor(bool json) {
+  Diagnosis diagnosis;
   const char* home = std::getenv("QUILLMONT_HOME");
-  row("Data home", ContainerDirectories::dataHome().string() +
+  diagnosis.row("Data home", ContainerDirectories::dataHome().string() +
                        (home != nullptr && *home != '\0' ? " (from QUILLMONT_HOME)" : ""));
   switch (ProcessEntitlements::source()) {
     case ProcessEntitlements::Source::builtIn:
-      row("Entitlements", "built into quillmont");
+      diagnosis.row("Entitlements", "built into quillmont");
       break;
     case ProcessEntitlements::Source::overridden:
-      row("Entitlements", "from " + ProcessEntitlements::overridePath()->string() + " (QUILLMONT_ENTITLEMENTS)");
+      diagnosis.row("Entitlements", "from " + ProcessEntitlements::overridePath()->string() + " (QUILLMONT_ENTITLEMENTS)");
       break;
     case ProcessEntitlements::Source::none:
-      row("Entitlements", "none");
+      diagnosis.row("Entitlements", "none");
       break;
   }
   const bool group = RuntimeEntitlements::hasUsableAppGroup();
-  row("Application group", group ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
+  diagnosis.row("Application group", group ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
                                  : "not usable: the store is private to this program");
   const UserDefaults widgetDefaults = WidgetSnapshotStore::sharedDefaults();
   const WidgetSnapshot snapshot = WidgetSnapshotStore::load(widgetDefaults);
-  row("Widget snapshot", widgetDefaults.fileFor(AppConstants::widgetSnapshotKey).string() +
+  diagnosis.row("Widget snapshot", widgetDefaults.fileFor(AppConstants::widgetSnapshotKey).string() +
                              (widgetDefaults.data(AppConstants::widgetSnapshotKey)
                                   ? (snapshot.isConfigured ? "" : " (shows the set-up message)")
                                   : " (none yet)"));
-  row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
+  diagnosis.row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
                         " (stores are never synchronised here)");
 
   // A diagnosis changes nothing: where there is no store yet, say so and
@@ -94,33 +137,35 @@ void doctor() {
       storeFolder / (std::string(QuillmontPersistence::storeName) + ".store");
   std::error_code missing;
   if (!std::filesystem::exists(storePath, missing)) {
-    row("Store", storePath.string() + " (none yet: set-up or the first booking creates it)");
+    diagnosis.row("Store", storePath.string() + " (none yet: set-up or the first booking creates it)");
+    diagnosis.print(json, true);
     return;
   }
   bool healthy = true;
   try {
     StoreSession session;
     const auto& url = session.container()->url();
-    row("Store", (url ? url->string() : std::string("in memory")) +
+    diagnosis.row("Store", (url ? url->string() : std::string("in memory")) +
                      (session.container()->isReadOnly() ? " (read-only: it can be read but not changed)" : ""));
     const std::string integrity = session.container()->integrityCheck();
     healthy = integrity == "ok";
-    row("Integrity", healthy ? "ok" : integrity);
+    diagnosis.row("Integrity", healthy ? "ok" : integrity);
     ModelContext& context = session.context();
     const auto adjustments = context.fetch<BalanceAdjustment>();
     bool migrated = false;
     for (const auto& adjustment : adjustments) migrated = migrated || ManualLedgerMigration::isCarryover(*adjustment);
-    row("Records", counted(context.fetch<WorkEntry>().size(), "work entry", "work entries") + ", " +
+    diagnosis.row("Records", counted(context.fetch<WorkEntry>().size(), "work entry", "work entries") + ", " +
                        counted(adjustments.size(), "booking", "bookings") + ", " +
                        counted(context.fetch<WorkSchedule>().size(), "schedule", "schedules") + ", " +
                        counted(context.fetch<TimeBankSettings>().size(), "settings record", "settings records"));
-    row("Set-up", session.settings().hasCompletedOnboarding() ? "complete" : "not complete");
-    row("Ledger", migrated ? "manual ledger (migrated)" : "not migrated yet");
-    row("Calendar", session.calendar().timeZoneIdentifier() + ", " + session.calendar().identifier());
+    diagnosis.row("Set-up", session.settings().hasCompletedOnboarding() ? "complete" : "not complete");
+    diagnosis.row("Ledger", migrated ? "manual ledger (migrated)" : "not migrated yet");
+    diagnosis.row("Calendar", session.calendar().timeZoneIdentifier() + ", " + session.calendar().identifier());
   } catch (const std::exception& error) {
-    row("Store", std::string("cannot be opened: ") + error.what());
+    diagnosis.row("Store", std::string("cannot be opened: ") + error.what());
     healthy = false;
   }
+  diagnosis.print(json, healthy);
   if (!healthy) throw CommandFailure("the store needs attention (see above)");
 }
 
@@ -138,8 +183,11 @@ void install(CommandSet& commands) {
   undoCommand->footer("Bookings, work, the timer, settings, schedules, categories and erase can be taken back, the "
                       "last one first, as long as their records have not changed since; imports and the widget's "
                       "buttons cannot.");
-  commands.add(commands.root(), "doctor", "Show where the data lives, what is allowed and whether the store is sound",
-               [] { doctor(); });
+  auto json = std::make_shared<bool>(false);
+  commands
+      .add(commands.root(), "doctor", "Show where the data lives, what is allowed and whether the store is sound",
+           [json] { doctor(*json); })
+      ->add_flag("--json", *json, "Print a JSON object instead of text");
 }
 
 }  // namespace quillmont::HousekeepingCommands

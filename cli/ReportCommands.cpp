@@ -9,6 +9,7 @@
 #include "cli/CommandInput.h"
 #include "cli/Display.h"
 #include "cli/FileTransfer.h"
+#include "cli/JsonOutput.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
@@ -27,6 +28,7 @@ struct RangeOptions {
   std::string date;
   std::string from;
   std::string to;
+  bool json = false;
 };
 
 struct DayTableOptions {
@@ -140,30 +142,101 @@ TextTable dayTable(const TimeBankReport& report, const Display& display,
   return table;
 }
 
-// Bookings of the report's days by category: how many and their sum.
-void printCategoryTotals(StoreSession& session, const TimeBankReport& report) {
-  struct Total {
-    std::size_t count = 0;
-    double seconds = 0;
-  };
-  std::vector<std::pair<std::string, Total>> totals;  // in order of first appearance by date
+// Bookings of the report's days by category, in order of first appearance:
+// how many and their sum.
+struct CategoryTotal {
+  std::string title;
+  std::string category;
+  std::int64_t count = 0;
+  double seconds = 0;
+};
+
+std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankReport& report) {
+  std::vector<CategoryTotal> totals;
   const Date through = std::min(report.interval.end(), session.now());
-  auto bookings = session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}});
-  for (const auto& booking : bookings) {
+  for (const auto& booking :
+       session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
     if (booking->date() < report.interval.start || booking->date() > through || booking->minutes() == 0) continue;
     const std::string title = booking->category().title;
-    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.first == title; });
-    if (found == totals.end()) found = totals.insert(totals.end(), {title, Total{}});
-    ++found->second.count;
-    found->second.seconds += static_cast<double>(booking->minutes()) * 60.0;
+    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == title; });
+    if (found == totals.end()) found = totals.insert(totals.end(), {title, booking->kindRawValue()});
+    ++found->count;
+    found->seconds += static_cast<double>(booking->minutes()) * 60.0;
   }
+  return totals;
+}
+
+void printCategoryTotals(StoreSession& session, const TimeBankReport& report) {
+  const auto totals = categoryTotals(session, report);
   if (totals.empty()) return;
   TextTable table({{"Category"}, {"Bookings", TextTable::Alignment::right}, {"Total", TextTable::Alignment::right}});
-  for (const auto& [title, total] : totals) {
-    table.addRow({title, std::to_string(total.count), {Display::amount(total.seconds), Terminal::styleForAmount(total.seconds)}});
+  for (const auto& total : totals) {
+    table.addRow({total.title, std::to_string(total.count), {Display::amount(total.seconds), Terminal::styleForAmount(total.seconds)}});
   }
   Terminal::print("");
   Terminal::write(table.render());
+}
+
+/// The day through which a report counts, when the period reaches past today.
+std::optional<Date> throughToday(StoreSession& session, const TimeBankReport& report) {
+  const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
+  if (report.interval.start <= session.now() && session.now() < report.interval.end() &&
+      session.calendar().startOfDay(session.now()) < lastDay) {
+    return session.now();
+  }
+  return std::nullopt;
+}
+
+void writeDayFigures(JsonWriter& writer, double worked, double adjustments, double planned, double difference) {
+  JsonOutput::duration(writer, "worked", worked);
+  JsonOutput::amount(writer, "adjustments", adjustments);
+  JsonOutput::duration(writer, "planned", planned);
+  JsonOutput::amount(writer, "difference", difference);
+}
+
+void showJSON(StoreSession& session, const TimeBankReport& report, Span span) {
+  const Display display(session.calendar());
+  const auto through = throughToday(session, report);
+  JsonOutput::print([&](JsonWriter& writer) {
+    writer.beginObject();
+    writer.key("period");
+    writer.string(Text::lowercased(spanTitle(span)));
+    writer.key("from");
+    writer.string(display.day(report.interval.start));
+    writer.key("to");
+    writer.string(display.day(session.calendar().startOfDay(report.interval.end() - 1)));
+    JsonOutput::text(writer, "through", through ? std::optional(display.day(*through)) : std::nullopt);
+    writer.key("days");
+    writer.beginArray();
+    for (const DayBalance& day : report.days) {
+      writer.beginObject();
+      writer.key("date");
+      writer.string(display.day(day.date));
+      writeDayFigures(writer, day.workedSeconds, day.adjustmentSeconds, day.expectedSeconds, day.balanceSeconds());
+      writer.endObject();
+    }
+    writer.endArray();
+    writer.key("totals");
+    writer.beginObject();
+    writeDayFigures(writer, report.workedSeconds(), report.adjustmentSeconds(), report.expectedSeconds(),
+                    report.balanceSeconds());
+    writer.endObject();
+    writer.key("categories");
+    writer.beginArray();
+    for (const auto& total : categoryTotals(session, report)) {
+      writer.beginObject();
+      writer.key("title");
+      writer.string(total.title);
+      writer.key("category");
+      writer.string(total.category);
+      writer.key("count");
+      writer.integer(total.count);
+      JsonOutput::amount(writer, "total", total.seconds);
+      writer.endObject();
+    }
+    writer.endArray();
+    writer.endObject();
+  });
 }
 
 void show(StoreSession& session, const TimeBankReport& report, Span span) {
@@ -171,10 +244,7 @@ void show(StoreSession& session, const TimeBankReport& report, Span span) {
   const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
   std::string title = spanTitle(span) + " " + display.day(report.interval.start) + " to " + display.day(lastDay);
   // A period that reaches past today is reported through today, and says so.
-  if (report.interval.start <= session.now() && session.now() < report.interval.end() &&
-      session.calendar().startOfDay(session.now()) < lastDay) {
-    title += ", through today " + display.day(session.now());
-  }
+  if (const auto through = throughToday(session, report)) title += ", through today " + display.day(*through);
   Terminal::print(Terminal::styled(title, Terminal::Style::bold));
   if (report.days.empty()) {
     Terminal::print("No days to report: the period lies before the calculation start or in the future.");
@@ -226,23 +296,25 @@ void install(CommandSet& commands) {
                                     StoreSession session;
                                     const bool days = !rangeOptions->from.empty() || !rangeOptions->to.empty();
                                     const Span span = days ? Span::days : Span::month;
-                                    show(session, reportOver(session, spanInterval(session, span, *rangeOptions)), span);
+                                    const auto made = reportOver(session, spanInterval(session, span, *rangeOptions));
+                                    rangeOptions->json ? showJSON(session, made, span) : show(session, made, span);
                                   });
   report->add_option("--from", rangeOptions->from, "First day of a range (YYYY-MM-DD), with --to")->type_name("DAY");
   report->add_option("--to", rangeOptions->to, "Last day of the range")->type_name("DAY");
+  report->add_flag("--json", rangeOptions->json, "Print a JSON object instead of a table");
   report->footer("Without a period or a range, the report is of this month. Example:\n"
                  "  quillmont report --from 2026-03-01 --to 2026-03-15");
   for (const std::string& period : periods) {
-    auto date = std::make_shared<std::string>();
+    auto options = std::make_shared<RangeOptions>();
     const Span span = spanOfPeriod(period);
     CLI::App* command = commands.add(*report, period, "Report the " + period + " that contains --date (today)",
-                                     [date, span] {
+                                     [options, span] {
                                        StoreSession session;
-                                       RangeOptions options;
-                                       options.date = *date;
-                                       show(session, reportOver(session, spanInterval(session, span, options)), span);
+                                       const auto made = reportOver(session, spanInterval(session, span, *options));
+                                       options->json ? showJSON(session, made, span) : show(session, made, span);
                                      });
-    command->add_option("--date", *date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
+    command->add_option("--date", options->date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
+    command->add_flag("--json", options->json, "Print a JSON object instead of a table");
   }
 
   CLI::App* csv = commands.addGroup(root, "csv", "CSV documents of the time bank");

@@ -10,6 +10,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/CommandInput.h"
 #include "cli/Display.h"
+#include "cli/JsonOutput.h"
 #include "cli/RecordLookup.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
@@ -169,9 +170,36 @@ void addSchedule(const std::string& from, const std::string& week) {
                     Display(session.calendar()).day(effectiveFrom) + ".");
 }
 
-void listSchedules() {
+void listSchedules(bool json) {
   StoreSession session;
   const Display display(session.calendar());
+  if (json) {
+    JsonOutput::print([&](JsonWriter& writer) {
+      writer.beginArray();
+      for (const auto& schedule : schedules(session)) {
+        writer.beginObject();
+        writer.key("id");
+        writer.string(schedule->id().uuidString());
+        writer.key("from");
+        writer.string(display.day(schedule->effectiveFrom()));
+        writer.key("weekSeconds");
+        writer.beginArray();
+        for (const std::int64_t minutes : schedule->weekdayMinutes()) {
+          writer.number(static_cast<double>(clampedDailyMinutes(minutes)) * 60.0);
+        }
+        writer.endArray();
+        writer.key("week");
+        writer.beginArray();
+        for (const std::int64_t minutes : schedule->weekdayMinutes()) {
+          writer.string(Display::duration(static_cast<double>(clampedDailyMinutes(minutes)) * 60.0));
+        }
+        writer.endArray();
+        writer.endObject();
+      }
+      writer.endArray();
+    });
+    return;
+  }
   std::vector<TextTable::Column> columns{{"ID"}, {"From"}};
   for (const char* name : weekdayNames) columns.push_back({name, TextTable::Alignment::right});
   TextTable table(columns);
@@ -321,9 +349,24 @@ void removeCategory(const std::string& title) {
   Terminal::message("Removed category \"" + removed.title() + "\"; its bookings keep it.");
 }
 
-void listCategories() {
+void listCategories(bool json) {
   StoreSession session;
   const auto list = categories(session.settings());
+  if (json) {
+    JsonOutput::print([&](JsonWriter& writer) {
+      writer.beginArray();
+      for (const auto& category : list) {
+        writer.beginObject();
+        writer.key("title");
+        writer.string(category.title());
+        writer.key("category");
+        writer.string(category.rawValue());
+        writer.endObject();
+      }
+      writer.endArray();
+    });
+    return;
+  }
   if (list.empty()) {
     Terminal::message("No categories of your own yet (add one with `quillmont category add TITLE`).");
     return;
@@ -374,7 +417,9 @@ void install(CommandSet& commands) {
                                [scheduleDay, scheduleWeek] { addSchedule(*scheduleDay, *scheduleWeek); });
   add->add_option("DAY", *scheduleDay, "First day the schedule applies (YYYY-MM-DD)")->required();
   add->add_option("WEEK", *scheduleWeek, "Expected time Monday to Sunday, e.g. 8h,8h,8h,8h,6h,0,0")->required();
-  commands.add(*schedule, "list", "List the schedules", [] { listSchedules(); });
+  auto schedulesJSON = std::make_shared<bool>(false);
+  commands.add(*schedule, "list", "List the schedules", [schedulesJSON] { listSchedules(*schedulesJSON); })
+      ->add_flag("--json", *schedulesJSON, "Print a JSON array instead of a table");
   auto scheduleID = std::make_shared<std::string>();
   CLI::App* remove =
       commands.add(*schedule, "remove", "Remove a schedule", [scheduleID] { removeSchedule(*scheduleID); });
@@ -407,7 +452,9 @@ void install(CommandSet& commands) {
   CLI::App* categoryRemove = commands.add(*category, "remove", "Remove a category (its bookings keep it)",
                                           [title] { removeCategory(*title); });
   categoryRemove->add_option("TITLE", *title, "The title (any letter case)")->required();
-  commands.add(*category, "list", "List your categories", [] { listCategories(); });
+  auto categoriesJSON = std::make_shared<bool>(false);
+  commands.add(*category, "list", "List your categories", [categoriesJSON] { listCategories(*categoriesJSON); })
+      ->add_flag("--json", *categoriesJSON, "Print a JSON array instead of lines");
 }
 
 }  // namespace quillmont::SettingsCommands

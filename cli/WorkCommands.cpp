@@ -9,6 +9,7 @@
 #include "cli/BookingCommands.h"
 #include "cli/CommandInput.h"
 #include "cli/Display.h"
+#include "cli/JsonOutput.h"
 #include "cli/RecordLookup.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
@@ -37,6 +38,7 @@ struct ListOptions {
   std::string from;
   std::string to;
   bool all = false;
+  bool json = false;
 };
 
 // ---- timer ----
@@ -211,17 +213,67 @@ void remove(const std::string& identifier) {
                     Display(session.calendar()).dateTime(found.front()->startedAt()) + ").");
 }
 
+bool startsInside(const WorkEntry& entry, const DateInterval& interval) {
+  return entry.startedAt() >= interval.start && entry.startedAt() < interval.end();
+}
+
+void listJSON(StoreSession& session, const DateInterval& interval, const std::optional<DateInput::Day>& first,
+              const std::optional<DateInput::Day>& last) {
+  const Display display(session.calendar());
+  JsonOutput::print([&](JsonWriter& writer) {
+    writer.beginObject();
+    JsonOutput::text(writer, "from", first ? std::optional(BookingCommands::dayText(*first)) : std::nullopt);
+    JsonOutput::text(writer, "to", last ? std::optional(BookingCommands::dayText(*last)) : std::nullopt);
+    writer.key("entries");
+    writer.beginArray();
+    double total = 0;
+    std::int64_t count = 0;
+    for (const auto& entry : entries(session)) {
+      if (!startsInside(*entry, interval)) continue;
+      const double worked = entry->workedSeconds(session.now());
+      total += worked;
+      ++count;
+      writer.beginObject();
+      writer.key("id");
+      writer.string(entry->id().uuidString());
+      JsonOutput::instant(writer, "start", entry->startedAt(), display);
+      JsonOutput::instant(writer, "end", entry->endedAt(), display);
+      writer.key("running");
+      writer.boolean(entry->isRunning());
+      JsonOutput::duration(writer, "break", static_cast<double>(entry->breakMinutes()) * 60.0);
+      JsonOutput::duration(writer, "worked", worked);
+      writer.key("note");
+      writer.string(entry->note());
+      writer.endObject();
+    }
+    writer.endArray();
+    writer.key("count");
+    writer.integer(count);
+    JsonOutput::duration(writer, "worked", total);
+    writer.endObject();
+  });
+}
+
 void list(const ListOptions& options) {
   StoreSession session;
   const DateInput::Day today = session.today();
   if (options.all) {
-    showList(session, DateInterval::between(Date(-1e300), Date(1e300)), "of every day");
+    const DateInterval everything = DateInterval::between(Date(-1e300), Date(1e300));
+    if (options.json) {
+      listJSON(session, everything, std::nullopt, std::nullopt);
+    } else {
+      showList(session, everything, "of every day");
+    }
     return;
   }
   const DateInput::Day first = options.from.empty() ? today.adding(1 - BookingCommands::defaultListDays)
                                                     : CommandInput::day(options.from, today, "--from");
   const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
   const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  if (options.json) {
+    listJSON(session, interval, first, last);
+    return;
+  }
   showList(session, interval, BookingCommands::rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
@@ -245,7 +297,7 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   double total = 0;
   std::size_t count = 0;
   for (const auto& entry : entries(session)) {
-    if (entry->startedAt() < interval.start || entry->startedAt() >= interval.end()) continue;
+    if (!startsInside(*entry, interval)) continue;
     const double worked = entry->workedSeconds(session.now());
     total += worked;
     ++count;
@@ -317,6 +369,7 @@ void install(CommandSet& commands) {
   listCommand->add_option("--from", listOptions->from, "First day (YYYY-MM-DD)")->type_name("DAY");
   listCommand->add_option("--to", listOptions->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
   listCommand->add_flag("--all", listOptions->all, "Every entry")->excludes("--from")->excludes("--to");
+  listCommand->add_flag("--json", listOptions->json, "Print a JSON object instead of a table");
 }
 
 }  // namespace quillmont::WorkCommands

@@ -17,6 +17,7 @@
 #include "cli/BookingCommands.h"
 #include "cli/CommandSet.h"
 #include "cli/CommandSuggestion.h"
+#include "cli/HolidayCommands.h"
 #include "cli/HousekeepingCommands.h"
 #include "cli/OpenCommand.h"
 #include "cli/OverviewCommand.h"
@@ -56,14 +57,15 @@ struct Family {
   std::initializer_list<std::string_view> commands;
 };
 
-const std::array<Family, 9>& families() {
-  static const std::array<Family, 9> list{{
+const std::array<Family, 10>& families() {
+  static const std::array<Family, 10> list{{
       {OverviewCommand::install, {"overview"}},
       {BookingCommands::install, {"book", "bookings"}},
       {WorkCommands::install, {"timer", "work"}},
       {ReportCommands::install, {"report", "csv"}},
       {SettingsCommands::install, {"setup", "settings", "schedule", "kinds", "category"}},
       {ArchiveCommands::install, {"export", "import", "import-legacy"}},
+      {HolidayCommands::install, {"import-holidays"}},
       {OpenCommand::install, {"open"}},
       {WidgetCommands::install, {"widget"}},
       {HousekeepingCommands::install, {"erase", "undo", "doctor"}},

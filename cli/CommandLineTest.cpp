@@ -41,7 +41,7 @@ TEST(CommandLine, EveryCommandHasHelp) {
       {"csv"}, {"csv", "days"}, {"csv", "ledger"}, {"setup"}, {"settings"}, {"schedule"}, {"schedule", "add"},
       {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
       {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
-      {"import-legacy"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
+      {"import-legacy"}, {"import-holidays"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
       {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}};
   for (auto arguments : commands) {
     arguments.push_back("--help");

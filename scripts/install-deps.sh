@@ -3,7 +3,7 @@
 set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
-  libicu-dev libsqlite3-dev libsimdjson-dev uuid-dev libcli11-dev
+  libicu-dev libsqlite3-dev libsimdjson-dev uuid-dev libcli11-dev libical-dev
   googletest libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
   clang libclang-rt-14-dev
   qt6-base-dev fonts-dejavu-core xvfb xauth

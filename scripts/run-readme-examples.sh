@@ -12,6 +12,8 @@ export QUILLMONT_HOME=$home NO_COLOR=1
 work=$(mktemp -d)
 trap 'rm -rf "$home" "$work"' EXIT
 cd "$work"
+# Files the examples name, as a reader would have them.
+cp "$(dirname "$readme")/share/examples/holidays.ics" "$work/"
 
 # Lines inside ```sh blocks of the section, joined where they end in "\".
 examples=$(awk '

@@ -30,6 +30,12 @@ UUID UUID::random() {
   return result;
 }
 
+UUID UUID::named(const UUID& space, std::string_view name) {
+  UUID result;
+  uuid_generate_sha1(result.bytes.data(), space.bytes.data(), name.data(), name.size());
+  return result;
+}
+
 std::optional<UUID> UUID::parse(std::string_view text) {
   // Archives hold hundreds of thousands of identifiers: decode by hand
   // rather than through libuuid's strtoull-based parser.

@@ -18,6 +18,9 @@ struct UUID {
 
   /// A new random (version 4) identifier.
   static UUID random();
+  /// The name-based (version 5, SHA-1) identifier of `name` in `space`: the
+  /// same for the same name on every machine.
+  static UUID named(const UUID& space, std::string_view name);
   /// Parses the 36-character 8-4-4-4-12 form, letters in either case.
   /// Anything else (braces, missing hyphens, white space) yields nothing.
   static std::optional<UUID> parse(std::string_view text);

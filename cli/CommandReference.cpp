@@ -49,9 +49,12 @@ void describeCommand(const CLI::App& app, const CommandSet& commands, std::vecto
   command.path = path;
   command.description = app.get_description();
   command.footer = app.get_footer();
+  // Commands show the program's footer unless they have their own.
+  if (!path.empty() && command.footer == tree.commands.front().footer) command.footer.clear();
   command.needsCommand = app.get_require_subcommand_min() > 0;
   for (const CLI::Option* option : app.get_options()) {
     Parameter described = parameter(*option, commands);
+    described.help = option == app.get_help_ptr() || option == app.get_help_all_ptr();
     (described.names.empty() ? command.arguments : command.options).push_back(std::move(described));
   }
   for (const Parameter& option : command.options) {
@@ -252,7 +255,7 @@ complete -F _quillmont quillmont
 constexpr std::string_view zshWalker = R"ZSH(_quillmont() {
   local command_path='' word mode='' home='' option='' cur=${words[CURRENT]}
   local -a reply offered described
-  integer i arguments=0
+  integer i arguments=0 found=1
   for ((i = 2; i < CURRENT; i++)); do
     word=${words[i]}
     case $word in
@@ -290,7 +293,7 @@ constexpr std::string_view zshWalker = R"ZSH(_quillmont() {
       offered=("${reply[@]}")
       _quillmont_command_descriptions "$command_path"
       described=("${reply[@]}")
-      ((${#described})) && _describe -t commands command described
+      ((${#described})) && _describe -t commands command described && found=0
       reply=("${offered[@]}")
     fi
   fi
@@ -301,7 +304,8 @@ constexpr std::string_view zshWalker = R"ZSH(_quillmont() {
       reply+=("${(@f)$(${words[1]} ${home:+--data-home} ${home:+$home} complete categories 2>/dev/null)}") ;;
   esac
   reply=(${reply:#})
-  ((${#reply})) && compadd -a reply
+  ((${#reply})) && compadd -a reply && found=0
+  return found
 }
 
 if [[ $funcstack[1] == _quillmont ]]; then
@@ -451,7 +455,9 @@ std::string optionLabel(const Parameter& option) {
 std::string synopsis(const Command& command) {
   std::string line = ".B " + roff("quillmont" + std::string(command.path.empty() ? "" : " ") + pathText(command.path)) + "\n";
   std::vector<std::string> parts;
-  if (command.options.size() > 1) parts.push_back("[\\fIOPTIONS\\fR]");
+  if (std::any_of(command.options.begin(), command.options.end(), [](const Parameter& option) { return !option.help; })) {
+    parts.push_back("[\\fIOPTIONS\\fR]");
+  }
   for (const Parameter& argument : command.arguments) {
     const std::string name = "\\fI" + roff(argument.valueName) + "\\fR" + (argument.repeats ? "\\ ..." : "");
     parts.push_back(argument.required ? name : "[" + name + "]");
@@ -485,7 +491,11 @@ std::string parameters(const Command& command) {
   for (const Parameter& argument : command.arguments) {
     out += ".TP\n\\fI" + roff(argument.valueName) + "\\fR\n" + roffLine(argument.description);
   }
-  for (const Parameter& option : command.options) out += ".TP\n" + optionLabel(option) + "\n" + roffLine(option.description);
+  for (const Parameter& option : command.options) {
+    // Every command's help options are said once, in the program's.
+    if (option.help && !command.path.empty()) continue;
+    out += ".TP\n" + optionLabel(option) + "\n" + roffLine(option.description);
+  }
   return out;
 }
 

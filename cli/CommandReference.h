@@ -40,13 +40,14 @@ struct Parameter {
   std::string description;
   bool required = false;
   bool repeats = false;  ///< an argument that takes any number of words
+  bool help = false;     ///< --help or --help-all, which every command has
   Values values;
 };
 
 struct Command {
   std::vector<std::string> path;  ///< {} for the program itself, {"widget", "show"}
   std::string description;
-  std::string footer;
+  std::string footer;  ///< its own, not the one it shows of the program's
   bool needsCommand = false;  ///< a group: one of `commands` must follow
   std::vector<std::string> commands;
   std::vector<std::pair<std::string, std::string>> commandDescriptions;

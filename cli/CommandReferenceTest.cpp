@@ -269,6 +269,38 @@ TEST(CompleteCategories, PrintsTitlesOneALineAndNeverCreatesAStore) {
   EXPECT_EQ(quillmont.run({"complete", "categories"}).out, "Evening class\nGym\n");
 }
 
+// zsh completes only inside its line editor, so its builtins are stood in
+// for by functions that print what the completion hands them.
+TEST(ZshCompletion, OffersCommandsOptionsAndTheirValues) {
+  if (!testing::findProgram("zsh")) GTEST_SKIP() << "zsh is not installed; its completion was not run";
+  ToolRunner runner;
+  ASSERT_EQ(runner.run({"category", "add", "Gym"}).exitCode, 0);
+  const auto completes = [&](const std::string& line) {
+    const auto result = runner.runProgram(
+        "zsh", {"-fc",
+                "compdef() { :; }; compset() { :; }; compadd() { print -rl -- \"${reply[@]}\"; }; "
+                "_describe() { print -rl -- \"${(@)${(P)4}%%:*}\"; }; _files() { print -r -- \"(files $*)\"; }; "
+                "source \"$0\"; words=(${(z)1}); [[ $1 == *' ' ]] && words+=(''); CURRENT=${#words}; _quillmont",
+                (share / "_quillmont").string(), std::string(QUILLMONT_BINARY) + " " + line});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, IsEmpty());
+    std::vector<std::string> offered;
+    for (std::size_t start = 0; start < result.out.size();) {
+      const std::size_t end = result.out.find('\n', start);
+      offered.push_back(result.out.substr(start, end - start));
+      start = end + 1;
+    }
+    return offered;
+  };
+  EXPECT_THAT(completes("widget "), UnorderedElementsAre("show", "press", "info"));
+  EXPECT_THAT(completes("--data-home elsewhere report "), UnorderedElementsAre("week", "month", "year"));
+  EXPECT_THAT(completes("widget show --size "), UnorderedElementsAre("small", "medium"));
+  EXPECT_THAT(completes("widget press "), UnorderedElementsAre("add", "subtract"));
+  EXPECT_THAT(completes("book --category "), IsSupersetOf({"Gym", "appointment"}));
+  EXPECT_THAT(completes("csv days -"), IsSupersetOf({"--period", "--output", "-o"}));
+  EXPECT_THAT(completes("export "), UnorderedElementsAre("(files )"));
+}
+
 TEST(FishCompletion, OffersCommandsOptionsAndTheirValues) {
   if (!testing::findProgram("fish")) GTEST_SKIP() << "fish is not installed; its completion was not run";
   ToolRunner runner;

@@ -19,6 +19,7 @@
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/BalanceAdjustmentKind.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 #include "core/ledger/TimeBankTransactionController.h"
 #include "platform/foundation/Text.h"
@@ -252,9 +253,13 @@ void install(CommandSet& commands) {
       commands.add(root, "book", "Book time into (+) or out of (-) the bank", [bookOptions] { book(*bookOptions); });
   bookCommand->add_option("DURATION", bookOptions->duration, "The amount: 90, -45, 1:30, -0:45, 1h30m, -2h, 45m")
       ->required();
-  bookCommand->add_option("--category,-c", bookOptions->category,
-                          "A kind (manual, appointment, personalErrands, longLunch, other, holiday, paidLeave, "
-                          "sickLeave) or the title of one of your categories; manual by default")
+  CommandSet::Values categories{{}, true};
+  for (const BalanceAdjustmentKind kind : BalanceAdjustmentKind::allCases()) categories.words.emplace_back(kind.rawValue());
+  commands
+      .offer(bookCommand->add_option("--category,-c", bookOptions->category,
+                                     "A kind (manual, appointment, personalErrands, longLunch, other, holiday, "
+                                     "paidLeave, sickLeave) or the title of one of your categories; manual by default"),
+             std::move(categories))
       ->type_name("KIND|TITLE");
   bookCommand->add_option("--note,-n", bookOptions->note, "A note (at most 280 characters)")->type_name("TEXT");
   bookCommand->add_option("--day,-d", bookOptions->day, "The day of the booking (YYYY-MM-DD); today by default")

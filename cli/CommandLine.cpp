@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +25,7 @@
 #include "cli/OverviewCommand.h"
 #include "cli/ReportCommands.h"
 #include "cli/SettingsCommands.h"
+#include "cli/ShellCommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageError.h"
 #include "cli/WidgetCommands.h"
@@ -51,14 +54,15 @@ Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 // more than a booking); help and words that name no command get them all,
 // so a command missing from these lists is only slower. A command listed
 // under the wrong family would be unknown: CommandLine.EveryCommandHasHelp
-// runs each one.
+// runs each one. `generate` describes the whole tree, which it builds itself
+// (everyCommand), so its own run stays small like every other.
 struct Family {
   void (*install)(CommandSet&);
   std::initializer_list<std::string_view> commands;
 };
 
-const std::array<Family, 10>& families() {
-  static const std::array<Family, 10> list{{
+const std::array<Family, 11>& families() {
+  static const std::array<Family, 11> list{{
       {OverviewCommand::install, {"overview"}},
       {BookingCommands::install, {"book", "bookings"}},
       {WorkCommands::install, {"timer", "work"}},
@@ -69,6 +73,7 @@ const std::array<Family, 10>& families() {
       {OpenCommand::install, {"open"}},
       {WidgetCommands::install, {"widget"}},
       {HousekeepingCommands::install, {"erase", "undo", "doctor"}},
+      {ShellCommands::install, {"complete", "generate"}},
   }};
   return list;
 }
@@ -124,7 +129,7 @@ std::optional<std::string> suggestion(CLI::App& app, std::string_view word) {
   std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
     if (command->get_name() == word) return std::nullopt;
-    names.push_back(command->get_name());
+    if (!command->get_group().empty()) names.push_back(command->get_name());  // not the hidden ones
   }
   return CommandSuggestion::closest(word, names);
 }
@@ -140,22 +145,40 @@ void reportFailure(const std::string& text) {
   std::cerr << "quillmont: " << text << '\n';
 }
 
+// The program itself: its description, global options and help's layout.
+std::unique_ptr<CLI::App> program(std::string& dataHome) {
+  auto app = std::make_unique<CLI::App>("Quillmont: a personal time bank for flexible working hours.\n"
+                                        "Without a command it shows the overview.",
+                                        "quillmont");
+  app->set_version_flag("--version", std::string("quillmont ") + QUILLMONT_VERSION, "Show the version and exit");
+  app->set_help_all_flag("--help-all", "Show help for every command and exit");
+  app->add_option("--data-home", dataHome, "Keep Quillmont's data in DIR (sets QUILLMONT_HOME)")->type_name("DIR");
+  app->require_subcommand(0, 1);
+  app->fallthrough();
+  app->footer(footer);
+  app->get_formatter()->column_width(34);
+  app->get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app->get_formatter()->label("Positionals", "Arguments");
+  return app;
+}
+
 }  // namespace
 
-int run(int argc, char** argv) {
-  CLI::App app{"Quillmont: a personal time bank for flexible working hours.\n"
-               "Without a command it shows the overview.",
-               "quillmont"};
-  app.set_version_flag("--version", std::string("quillmont ") + QUILLMONT_VERSION, "Show the version and exit");
-  app.set_help_all_flag("--help-all", "Show help for every command and exit");
+std::string version() { return QUILLMONT_VERSION; }
+
+void everyCommand(const std::function<void(const CLI::App&, const CommandSet&)>& use) {
   std::string dataHome;
-  app.add_option("--data-home", dataHome, "Keep Quillmont's data in DIR (sets QUILLMONT_HOME)")->type_name("DIR");
-  app.require_subcommand(0, 1);
-  app.fallthrough();
-  app.footer(footer);
-  app.get_formatter()->column_width(34);
-  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Positionals", "Arguments");
+  const auto app = program(dataHome);
+  CommandSet commands(*app);
+  for (const Family& family : families()) family.install(commands);
+  nameArgumentsPlainly(*app);
+  use(*app, commands);
+}
+
+int run(int argc, char** argv) {
+  std::string dataHome;
+  const auto application = program(dataHome);
+  CLI::App& app = *application;
 
   CommandSet commands(app);
   const CommandWord word = commandWord(argc, argv);

@@ -42,7 +42,8 @@ TEST(CommandLine, EveryCommandHasHelp) {
       {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
       {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
       {"import-legacy"}, {"import-holidays"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
-      {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}};
+      {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}, {"generate"}, {"complete"},
+      {"complete", "categories"}};
   for (auto arguments : commands) {
     arguments.push_back("--help");
     const auto result = quillmont.run(arguments);

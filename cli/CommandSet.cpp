@@ -22,4 +22,19 @@ CLI::App* CommandSet::addGroup(CLI::App& parent, const std::string& name, const 
   return group;
 }
 
+CLI::Option* CommandSet::oneOf(CLI::Option* option, const std::vector<std::string>& words) {
+  option->check(CLI::IsMember(words));
+  return offer(option, {words, false});
+}
+
+CLI::Option* CommandSet::offer(CLI::Option* option, Values values) {
+  offered_[option] = std::move(values);
+  return option;
+}
+
+const CommandSet::Values* CommandSet::offered(const CLI::Option* option) const {
+  const auto found = offered_.find(option);
+  return found == offered_.end() ? nullptr : &found->second;
+}
+
 }  // namespace quillmont

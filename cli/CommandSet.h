@@ -3,13 +3,21 @@
 // command's action captured); the action runs after the whole line has been
 // read, so global options are in effect and a usage error never leaves work
 // half done.
+//
+// It also keeps what a shell should offer as the value of an option or
+// argument whose values are known (a fixed set, or the person's own
+// categories), for the completions generated from the tree
+// (CommandReference).
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
+class Option;
 }
 
 namespace quillmont {
@@ -34,9 +42,25 @@ class CommandSet {
   /// The action of the command given on the line, or `fallback` when none was.
   Action chosen(Action fallback) const { return chosen_ ? chosen_ : std::move(fallback); }
 
+  /// What a shell offers as the value of an option or argument.
+  struct Values {
+    std::vector<std::string> words;
+    /// Also the titles of the person's own categories (read from the store
+    /// when completing, through `quillmont complete categories`).
+    bool categories = false;
+  };
+  /// `option` accepts `words` and nothing else (checked when the line is
+  /// parsed), and a shell offers them.
+  CLI::Option* oneOf(CLI::Option* option, const std::vector<std::string>& words);
+  /// A shell offers `values` for `option`, which accepts other values too.
+  CLI::Option* offer(CLI::Option* option, Values values);
+  /// What a shell offers for `option`; nothing when its values are not known.
+  const Values* offered(const CLI::Option* option) const;
+
  private:
   CLI::App& root_;
   Action chosen_;
+  std::map<const CLI::Option*, Values> offered_;
 };
 
 }  // namespace quillmont

@@ -21,7 +21,6 @@
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
 #include "core/persistence/AppConstants.h"
-#include "core/persistence/QuillmontPersistence.h"
 #include "core/persistence/RuntimeEntitlements.h"
 #include "core/widgetstate/WidgetSnapshotStore.h"
 #include "platform/foundation/ContainerDirectories.h"
@@ -131,10 +130,7 @@ void doctor(bool json) {
 
   // A diagnosis changes nothing: where there is no store yet, say so and
   // create none (nor its folders).
-  const std::filesystem::path storeFolder = group ? ContainerDirectories::groupContainer(AppConstants::appGroupIdentifier)
-                                                  : ContainerDirectories::processContainer();
-  const std::filesystem::path storePath =
-      storeFolder / (std::string(QuillmontPersistence::storeName) + ".store");
+  const std::filesystem::path storePath = StoreSession::storePath();
   std::error_code missing;
   if (!std::filesystem::exists(storePath, missing)) {
     diagnosis.row("Store", storePath.string() + " (none yet: set-up or the first booking creates it)");

@@ -52,8 +52,12 @@ void install(CommandSet& commands) {
   auto url = std::make_shared<std::string>();
   CLI::App* command = commands.add(commands.root(), "open", "Show the screen a quillmont:// link names",
                                    [url] { open(*url); });
-  command->add_option("URL", *url, "quillmont://overview, quillmont://history, quillmont://reports or "
-                                   "quillmont://settings")
+  CommandSet::Values links;
+  for (const AppRoute route : AppRoute::allCases()) links.words.push_back(route.url());
+  commands
+      .offer(command->add_option("URL", *url, "quillmont://overview, quillmont://history, quillmont://reports or "
+                                              "quillmont://settings"),
+             std::move(links))
       ->required();
 }
 

@@ -327,8 +327,7 @@ void install(CommandSet& commands) {
                                   const auto table = reportOver(session, spanInterval(session, span, tableOptions->range));
                                   writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
                                 });
-  days->add_option("--period", tableOptions->period, "week, month or year (default month)")
-      ->check(CLI::IsMember(periods))
+  commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)
       ->type_name("PERIOD");
   days->add_option("--date", tableOptions->range.date, "A day of the period (YYYY-MM-DD); today by default")
       ->type_name("DAY");

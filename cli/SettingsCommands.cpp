@@ -20,6 +20,7 @@
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/AdjustmentKindConfiguration.h"
 #include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/BalanceAdjustmentKind.h"
 #include "core/ledger/CustomAdjustmentCategory.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 #include "core/ledger/QuickActionConfiguration.h"
@@ -436,7 +437,12 @@ void install(CommandSet& commands) {
                                      setKinds(*kindNames, *noKinds);
                                    }
                                  });
-  kinds->add_option("KIND", *kindNames, "Kinds to offer: appointment, personalErrands, longLunch, other");
+  CommandSet::Values configurable;
+  for (const BalanceAdjustmentKind kind : AdjustmentKindConfiguration::configurableKinds) {
+    configurable.words.emplace_back(kind.rawValue());
+  }
+  commands.offer(kinds->add_option("KIND", *kindNames, "Kinds to offer: appointment, personalErrands, longLunch, other"),
+                 std::move(configurable));
   kinds->add_flag("--none", *noKinds, "Offer none of them");
 
   CLI::App* category = commands.addGroup(root, "category", "Your own categories of bookings");

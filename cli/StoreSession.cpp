@@ -6,7 +6,9 @@
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/persistence/QuillmontPersistence.h"
 #include "core/persistence/RuntimeEntitlements.h"
+#include "core/persistence/AppConstants.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
+#include "platform/foundation/ContainerDirectories.h"
 #include "platform/widgets/WidgetCenter.h"
 
 namespace quillmont {
@@ -22,6 +24,13 @@ StoreSession::StoreSession()
       settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, !container_->isReadOnly())) {}
 
 StoreSession::~StoreSession() { refreshWidget(); }
+
+std::filesystem::path StoreSession::storePath() {
+  const std::filesystem::path folder = RuntimeEntitlements::hasUsableAppGroup()
+                                           ? ContainerDirectories::groupContainer(AppConstants::appGroupIdentifier)
+                                           : ContainerDirectories::processContainer();
+  return folder / (std::string(QuillmontPersistence::storeName) + ".store");
+}
 
 void StoreSession::refreshWidget() noexcept {
   if (container_->savesCommitted() == refreshedAtSave_) return;

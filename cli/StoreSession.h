@@ -11,6 +11,7 @@
 // reload, so no widget shows figures older than the store.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 
 #include "cli/DateInput.h"
@@ -30,6 +31,9 @@ class StoreSession {
   ~StoreSession();
   StoreSession(const StoreSession&) = delete;
   StoreSession& operator=(const StoreSession&) = delete;
+
+  /// Where the store a session opens lives (or will live); asking creates nothing.
+  static std::filesystem::path storePath();
 
   ModelContext& context() { return *context_; }
   const std::shared_ptr<ModelContainer>& container() const { return container_; }

@@ -179,13 +179,14 @@ void install(CommandSet& commands) {
   CLI::App* showCommand =
       commands.add(*widget, "show", "Draw the widget from its last snapshot (never opens the store)",
                    [showOptions] { show(*showOptions); });
-  showCommand->add_option("--size", showOptions->size, "small or medium (default medium)")
-      ->check(CLI::IsMember({"small", "medium"}))
+  commands.oneOf(showCommand->add_option("--size", showOptions->size, "small or medium (default medium)"),
+                 {"small", "medium"})
       ->type_name("SIZE");
-  showCommand
-      ->add_option("--format", showOptions->format,
-                   "text (the widget as drawn), json (its view tree) or waybar (a status-bar module line)")
-      ->check(CLI::IsMember({"text", "json", "waybar"}))
+  commands
+      .oneOf(showCommand->add_option("--format", showOptions->format,
+                                     "text (the widget as drawn), json (its view tree) or waybar (a status-bar module "
+                                     "line)"),
+             {"text", "json", "waybar"})
       ->type_name("FORMAT");
   showCommand->add_flag("--follow,-f", showOptions->follow,
                         "Keep running and draw again whenever the widget reloads (one JSON object per line)");
@@ -193,9 +194,9 @@ void install(CommandSet& commands) {
   auto button = std::make_shared<std::string>();
   CLI::App* pressCommand = commands.add(*widget, "press", "Press the widget's button: add or subtract 60 minutes",
                                         [button] { press(*button); });
-  pressCommand->add_option("BUTTON", *button, "add (+60 minutes) or subtract (\u221260 minutes)")
-      ->required()
-      ->check(CLI::IsMember({"add", "subtract"}));
+  commands.oneOf(pressCommand->add_option("BUTTON", *button, "add (+60 minutes) or subtract (\u221260 minutes)"),
+                 {"add", "subtract"})
+      ->required();
 
   commands.add(*widget, "info", "The widget's kind, name, description and sizes", [] { info(); });
 }

@@ -1,7 +1,7 @@
 # Installation: the libraries with their headers and a CMake package
 # (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the programs
 # (their entitlements are built into them) and the desktop integration files: the launcher, the
-# quillmont:// handler, the icon.
+# quillmont:// handler, the icon, the shell completions and the manual page.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -32,8 +32,16 @@ install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop ${PROJECT_SOURCE_DIR
   DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PROJECT_SOURCE_DIR}/share/icons/quillmont.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
-install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.bash-completion
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
+# The completions for bash, zsh and fish and the manual page, which the build
+# writes from the program's own commands (cli/CMakeLists.txt).
+if(TARGET quillmont_reference)
+  install(FILES ${PROJECT_BINARY_DIR}/share/quillmont.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quillmont)
+  install(FILES ${PROJECT_BINARY_DIR}/share/_quillmont DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+  install(FILES ${PROJECT_BINARY_DIR}/share/quillmont.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  install(FILES ${PROJECT_BINARY_DIR}/share/quillmont.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 
 # The install works for a consumer: install into a scratch prefix and build a
 # small program against find_package(Quillmont).

@@ -82,7 +82,8 @@ CommandRunner::~CommandRunner() {
 
 void CommandRunner::setEnvironment(const std::string& name, const std::string& value) { environment_[name] = value; }
 
-std::unique_ptr<CommandRunner::Invocation> CommandRunner::invocation(const std::vector<std::string>& arguments) const {
+std::unique_ptr<CommandRunner::Invocation> CommandRunner::invocation(const std::string& program,
+                                                                     const std::vector<std::string>& arguments) const {
   auto call = std::make_unique<Invocation>();
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string_view entry(*variable);
@@ -94,7 +95,7 @@ std::unique_ptr<CommandRunner::Invocation> CommandRunner::invocation(const std::
   }
   for (auto& entry : call->environment) call->envp.push_back(entry.data());
   call->envp.push_back(nullptr);
-  call->arguments.emplace_back(QUILLMONT_BINARY);
+  call->arguments.push_back(program);
   call->arguments.insert(call->arguments.end(), arguments.begin(), arguments.end());
   for (auto& argument : call->arguments) call->argv.push_back(argument.data());
   call->argv.push_back(nullptr);
@@ -102,7 +103,7 @@ std::unique_ptr<CommandRunner::Invocation> CommandRunner::invocation(const std::
 }
 
 std::unique_ptr<RunningCommand> CommandRunner::start(const std::vector<std::string>& arguments) const {
-  const auto call = invocation(arguments);
+  const auto call = invocation(QUILLMONT_BINARY, arguments);
   int out[2];
   check(pipe2(out, O_CLOEXEC) == 0, "pipe");
   const pid_t child = fork();
@@ -153,9 +154,18 @@ std::optional<std::string> RunningCommand::readLine(int timeoutMilliseconds) {
 }
 
 CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::string_view input) const {
-  const auto call = invocation(arguments);
-  auto& argv = call->argv;
-  auto& envp = call->envp;
+  return wait(*invocation(QUILLMONT_BINARY, arguments), input);
+}
+
+CommandResult CommandRunner::runProgram(const std::string& program, const std::vector<std::string>& arguments) const {
+  const auto path = findProgram(program);
+  if (!path) throw std::runtime_error(program + " is not on PATH");
+  return wait(*invocation(path->string(), arguments), {});
+}
+
+CommandResult CommandRunner::wait(const Invocation& call, std::string_view input) const {
+  auto argv = call.argv;
+  auto envp = call.envp;
   int in[2], out[2], err[2];
   check(pipe2(in, O_CLOEXEC) == 0 && pipe2(out, O_CLOEXEC) == 0 && pipe2(err, O_CLOEXEC) == 0, "pipe");
   const pid_t child = fork();
@@ -199,6 +209,18 @@ std::string readFile(const std::filesystem::path& path) {
   std::ostringstream contents;
   contents << file.rdbuf();
   return contents.str();
+}
+
+std::optional<std::filesystem::path> findProgram(std::string_view name) {
+  const char* path = std::getenv("PATH");
+  std::string_view folders = path != nullptr ? path : "/usr/bin:/bin";
+  while (!folders.empty()) {
+    const auto end = folders.find(':');
+    const auto candidate = std::filesystem::path(folders.substr(0, end)) / name;
+    if (access(candidate.c_str(), X_OK) == 0 && std::filesystem::is_regular_file(candidate)) return candidate;
+    folders = end == std::string_view::npos ? std::string_view() : folders.substr(end + 1);
+  }
+  return std::nullopt;
 }
 
 }  // namespace quillmont::testing

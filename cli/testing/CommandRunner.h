@@ -60,6 +60,9 @@ class CommandRunner {
 
   /// Runs `quillmont arguments...` with `input` on its standard input and waits for it.
   CommandResult run(const std::vector<std::string>& arguments, std::string_view input = {}) const;
+  /// Runs another program (found on PATH) in the same environment: a shell
+  /// that completes a quillmont command line, say.
+  CommandResult runProgram(const std::string& program, const std::vector<std::string>& arguments) const;
   /// Starts `quillmont arguments...` and leaves it running; standard error is discarded.
   std::unique_ptr<RunningCommand> start(const std::vector<std::string>& arguments) const;
 
@@ -74,7 +77,8 @@ class CommandRunner {
     std::vector<char*> envp;
     std::vector<char*> argv;
   };
-  std::unique_ptr<Invocation> invocation(const std::vector<std::string>& arguments) const;
+  std::unique_ptr<Invocation> invocation(const std::string& program, const std::vector<std::string>& arguments) const;
+  CommandResult wait(const Invocation& call, std::string_view input) const;
 
   std::filesystem::path home_;
   std::map<std::string, std::string> environment_;
@@ -84,5 +88,7 @@ class CommandRunner {
 std::filesystem::path writeTemporaryFile(const std::filesystem::path& folder, std::string_view name,
                                          std::string_view contents);
 std::string readFile(const std::filesystem::path& path);
+/// The program's path when it is on PATH.
+std::optional<std::filesystem::path> findProgram(std::string_view name);
 
 }  // namespace quillmont::testing

@@ -163,25 +163,12 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
 
 void list(const ListOptions& options) {
   StoreSession session;
-  const DateInput::Day today = session.today();
-  if (options.all) {
-    const DateInterval everything = DateInterval::between(Date(-1e300), Date(1e300));
-    if (options.json) {
-      listJSON(session, everything, std::nullopt, std::nullopt);
-    } else {
-      showList(session, everything, "of every day");
-    }
-    return;
-  }
-  const DateInput::Day first = options.from.empty() ? today.adding(1 - defaultListDays)
-                                                    : CommandInput::day(options.from, today, "--from");
-  const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
-  const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  const auto range = listRange(options.from, options.to, options.all, session);
   if (options.json) {
-    listJSON(session, interval, first, last);
-    return;
+    listJSON(session, range.interval, range.first, range.last);
+  } else {
+    showList(session, range.interval, range.text);
   }
-  showList(session, interval, rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
 void remove(const std::string& identifier) {
@@ -205,6 +192,15 @@ std::string dayText(const DateInput::Day& day) {
   char buffer[16];
   std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", day.year, day.month, day.day);
   return buffer;
+}
+
+ListRange listRange(const std::string& from, const std::string& to, bool all, StoreSession& session) {
+  if (all) return {DateInterval::between(Date(-1e300), Date(1e300)), std::nullopt, std::nullopt, "of every day"};
+  const DateInput::Day today = session.today();
+  const DateInput::Day first = from.empty() ? today.adding(1 - defaultListDays) : CommandInput::day(from, today, "--from");
+  const DateInput::Day last = to.empty() ? today : CommandInput::day(to, today, "--to");
+  return {CommandInput::days(from, to, first, last, today, session.calendar()), first, last,
+          rangeText(first, last, from.empty() && to.empty())};
 }
 
 std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, bool byDefault) {

@@ -3,6 +3,7 @@
 // `bookings list` and `bookings delete` show and remove bookings.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/CommandSet.h"
@@ -21,6 +22,17 @@ void install(CommandSet& commands);
 /// Prints the bookings dated inside `interval`, oldest first, under a title
 /// naming the `range`, with the balance before and after the range.
 void showList(StoreSession& session, const DateInterval& interval, const std::string& range);
+/// The days a list shows: every day with --all, else --from through --to,
+/// by default the last `defaultListDays` days; `text` names them ("from
+/// 2026-03-01 to 2026-03-31"); `first` and `last` are absent for every day.
+struct ListRange {
+  DateInterval interval;
+  std::optional<DateInput::Day> first;
+  std::optional<DateInput::Day> last;
+  std::string text;
+};
+ListRange listRange(const std::string& from, const std::string& to, bool all, StoreSession& session);
+
 /// "2026-03-01".
 std::string dayText(const DateInput::Day& day);
 /// "from 2026-03-01 to 2026-03-31", saying so when it is the default range.

@@ -256,25 +256,12 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
 
 void list(const ListOptions& options) {
   StoreSession session;
-  const DateInput::Day today = session.today();
-  if (options.all) {
-    const DateInterval everything = DateInterval::between(Date(-1e300), Date(1e300));
-    if (options.json) {
-      listJSON(session, everything, std::nullopt, std::nullopt);
-    } else {
-      showList(session, everything, "of every day");
-    }
-    return;
-  }
-  const DateInput::Day first = options.from.empty() ? today.adding(1 - BookingCommands::defaultListDays)
-                                                    : CommandInput::day(options.from, today, "--from");
-  const DateInput::Day last = options.to.empty() ? today : CommandInput::day(options.to, today, "--to");
-  const DateInterval interval = CommandInput::days(options.from, options.to, first, last, today, session.calendar());
+  const auto range = BookingCommands::listRange(options.from, options.to, options.all, session);
   if (options.json) {
-    listJSON(session, interval, first, last);
-    return;
+    listJSON(session, range.interval, range.first, range.last);
+  } else {
+    showList(session, range.interval, range.text);
   }
-  showList(session, interval, BookingCommands::rangeText(first, last, options.from.empty() && options.to.empty()));
 }
 
 void addEntryOptions(CLI::App& command, EntryOptions& options, bool required) {

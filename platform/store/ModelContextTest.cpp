@@ -468,7 +468,7 @@ TEST_F(ModelContextTest, UndoRefusesWhenARecordChangedSinceAndKeepsOnlyTheLastAc
   for (std::size_t i = 0; i < UndoJournal::keptCommands + 5; ++i) {
     ModelContext action(container);
     action.setUndoAction("action " + std::to_string(i));
-    action.insert(std::make_shared<Task>("t" + std::to_string(i)));
+    action.insert(std::make_shared<Task>(std::string("t").append(std::to_string(i))));
     action.save();
   }
   std::size_t undone = 0;

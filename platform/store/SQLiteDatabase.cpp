@@ -7,6 +7,10 @@
 namespace quillmont {
 
 SQLiteDatabase SQLiteDatabase::open(const char* path, int flags, std::string_view label) {
+  // No memory statistics: they take a global lock around every allocation.
+  // Set once, before SQLite initialises (a later call changes nothing).
+  static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  (void)configured;
   sqlite3* database = nullptr;
   // One connection per container, used from one thread: no connection mutex.
   const int result = sqlite3_open_v2(path, &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);

@@ -8,6 +8,8 @@
 #include <filesystem>
 
 #include "cli/testing/CommandRunner.h"
+#include "cli/testing/StoreProbe.h"
+#include "core/ledger/WorkEntry.h"
 
 namespace quillmont {
 namespace {
@@ -18,6 +20,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
 using testing::CommandRunner;
+using testing::StoreProbe;
 
 TEST(CommandLine, VersionAndHelpSucceedOnStandardOutput) {
   CommandRunner quillmont;
@@ -203,6 +206,28 @@ TEST(CommandLine, OverviewShowsBalanceTodayTimerAndSetUp) {
   EXPECT_THAT(json.out, HasSubstr("\"isConfigured\" : false"));
   EXPECT_THAT(json.out, HasSubstr("\"todayWorkedSeconds\" : "));
   EXPECT_EQ(json.out.back(), '\n');
+}
+
+TEST(CommandLine, TheOverviewRepairsRunningEntriesLikeTheTimer) {
+  CommandRunner quillmont;
+  {
+    // Another program leaves two running entries, one of them starting in the future.
+    StoreProbe store(quillmont);
+    const Date now = Date::now();
+    store.context().insert(std::make_shared<WorkEntry>(UUID::random(), now - 3600, std::nullopt, 0, "", now, now));
+    store.context().insert(
+        std::make_shared<WorkEntry>(UUID::random(), now + 7200, std::nullopt, 0, "", now, now));
+    store.context().save();
+  }
+  const auto overview = quillmont.run({"overview"});
+  ASSERT_EQ(overview.exitCode, 0) << overview.err;
+  EXPECT_THAT(overview.out, ContainsRegex("Timer     running since .* \\(1:00\\)"));
+  StoreProbe store(quillmont);
+  const auto entries = store.context().fetch<WorkEntry>();
+  ASSERT_EQ(entries.size(), 1u);  // the earliest start survives
+  EXPECT_TRUE(entries[0]->isRunning());
+  // Today's worked time counts the survivor only: at most the hour since it started.
+  EXPECT_THAT(overview.out, ContainsRegex("Worked    (0:[0-5][0-9]|1:00) today"));
 }
 
 TEST(CommandLine, DeepLinksOpenTheirScreens) {

@@ -34,17 +34,36 @@ Overview compute(StoreSession& session) {
   overview.todayCreditSeconds = snapshot.todayWorkedSeconds;
   overview.todayDebitSeconds = snapshot.todayExpectedSeconds;
   overview.isConfigured = snapshot.isConfigured;
-  if (const auto running = TimerSessionController::runningEntry(session.context(), now)) {
-    overview.runningSince = running->startedAt();
-  }
   // Worked time of today, a running entry up to now; three columns per entry.
   const DateInterval today = DateInterval::between(session.calendar().startOfDay(now),
                                                    DateInput::endOfDay(session.today(), session.calendar()));
-  session.context().forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, [&](const WorkEntry& entry) {
-    if (entry.startedAt() >= today.end()) return;
-    if (entry.endedAt() && *entry.endedAt() <= today.start) return;
-    overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
-  });
+  std::size_t running = 0;
+  std::optional<Date> runningStart;
+  const auto sumToday = [&] {
+    overview.todayWorkedSeconds = 0;
+    running = 0;
+    session.context().forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, [&](const WorkEntry& entry) {
+      if (entry.isRunning()) {
+        ++running;
+        runningStart = entry.startedAt();
+      }
+      if (entry.startedAt() >= today.end()) return;
+      if (entry.endedAt() && *entry.endedAt() <= today.start) return;
+      overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
+    });
+  };
+  sumToday();
+  // One running entry that started by now is what the timer's repairs would
+  // keep as it is; anything else (several, or a start still to come) gets
+  // them, and today's sum is taken again from the repaired entries.
+  if (running == 1 && *runningStart <= now) {
+    overview.runningSince = runningStart;
+  } else if (running > 0) {
+    if (const auto kept = TimerSessionController::runningEntry(session.context(), now)) {
+      overview.runningSince = kept->startedAt();
+    }
+    sumToday();
+  }
   return overview;
 }
 

@@ -62,10 +62,9 @@ DateInput::Day chosenDay(StoreSession& session, const std::string& text) {
   return text.empty() ? session.today() : CommandInput::day(text, session.today(), "--date");
 }
 
-// The interval a span covers around the chosen day; --from and --to for days.
-DateInterval spanInterval(StoreSession& session, Span span, const RangeOptions& options) {
+// The interval a span covers around `day`; --from and --to for days.
+DateInterval spanInterval(StoreSession& session, Span span, const DateInput::Day& day, const RangeOptions& options) {
   const Calendar& calendar = session.calendar();
-  const DateInput::Day day = chosenDay(session, options.date);
   switch (span) {
     case Span::week:
     case Span::month: {
@@ -280,10 +279,9 @@ Span spanOfPeriod(const std::string& period) {
 }  // namespace
 
 void showReport(StoreSession& session, ReportGranularity granularity, Date date) {
-  RangeOptions options;
-  options.date = Display(session.calendar()).day(date);
   const Span span = granularity == ReportGranularity::week ? Span::week : Span::month;
-  show(session, reportOver(session, spanInterval(session, span, options)), span);
+  const DateInput::Day day = DateInput::dayOf(date, session.calendar());
+  show(session, reportOver(session, spanInterval(session, span, day, RangeOptions{})), span);
 }
 
 void install(CommandSet& commands) {
@@ -296,7 +294,8 @@ void install(CommandSet& commands) {
                                     StoreSession session;
                                     const bool days = !rangeOptions->from.empty() || !rangeOptions->to.empty();
                                     const Span span = days ? Span::days : Span::month;
-                                    const auto made = reportOver(session, spanInterval(session, span, *rangeOptions));
+                                    const auto made =
+                                        reportOver(session, spanInterval(session, span, session.today(), *rangeOptions));
                                     rangeOptions->json ? showJSON(session, made, span) : show(session, made, span);
                                   });
   report->add_option("--from", rangeOptions->from, "First day of a range (YYYY-MM-DD), with --to")->type_name("DAY");
@@ -310,7 +309,8 @@ void install(CommandSet& commands) {
     CLI::App* command = commands.add(*report, period, "Report the " + period + " that contains --date (today)",
                                      [options, span] {
                                        StoreSession session;
-                                       const auto made = reportOver(session, spanInterval(session, span, *options));
+                                       const DateInput::Day day = chosenDay(session, options->date);
+                                       const auto made = reportOver(session, spanInterval(session, span, day, *options));
                                        options->json ? showJSON(session, made, span) : show(session, made, span);
                                      });
     command->add_option("--date", options->date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
@@ -324,7 +324,9 @@ void install(CommandSet& commands) {
                                   StoreSession session;
                                   const bool range = !tableOptions->range.from.empty() || !tableOptions->range.to.empty();
                                   const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
-                                  const auto table = reportOver(session, spanInterval(session, span, tableOptions->range));
+                                  const DateInput::Day day = chosenDay(session, tableOptions->range.date);
+                                  const auto table =
+                                      reportOver(session, spanInterval(session, span, day, tableOptions->range));
                                   writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
                                 });
   commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -152,11 +153,14 @@ void keepPrivate(const std::filesystem::path& store) {
   ::close(descriptor);
 }
 
-std::set<std::string> columnsOf(const SQLiteDatabase& database, const std::string& table) {
-  SQLiteStatement statement = database.prepare("SELECT name FROM pragma_table_info(?1)");
-  statement.bind(1, table);
-  std::set<std::string> columns;
-  while (statement.step()) columns.insert(statement.columnText(0));
+/// Every table's columns, by table name, read in one statement: a store is
+/// opened by every command, and compiling a statement per table cost more
+/// than reading them.
+std::map<std::string, std::set<std::string>, std::less<>> columnsByTable(const SQLiteDatabase& database) {
+  SQLiteStatement statement = database.prepare(
+      "SELECT m.name, c.name FROM sqlite_master AS m JOIN pragma_table_info(m.name) AS c WHERE m.type = 'table'");
+  std::map<std::string, std::set<std::string>, std::less<>> columns;
+  while (statement.step()) columns[statement.columnText(0)].insert(statement.columnText(1));
   return columns;
 }
 
@@ -180,7 +184,12 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   const auto notAStore = [&](const std::string& why) { return StoreError(Code::notAStore, label + " " + why); };
-  if (fileApplicationId != applicationId || columnsOf(database, std::string(metadataTable)).empty()) {
+  const auto tables = columnsByTable(database);
+  const auto columnsOf = [&](std::string_view table) {
+    const auto found = tables.find(table);
+    return found == tables.end() ? std::set<std::string>() : found->second;
+  };
+  if (fileApplicationId != applicationId || columnsOf(metadataTable).empty()) {
     throw notAStore("is not a Quillmont store");
   }
   std::optional<std::vector<std::int64_t>> stored;
@@ -206,7 +215,7 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   for (const auto& entity : schema.entities) {
-    const auto columns = columnsOf(database, entity.name);
+    const auto columns = columnsOf(entity.name);
     if (columns.empty()) {
       changes.push_back(createTable(entity));
       continue;
@@ -340,30 +349,44 @@ ModelContainer::EntityStore& ModelContainer::entityStore(std::string_view entity
   if (found == entities_.end()) {
     throw StoreError(Code::other, "the store's schema has no record type " + std::string(entityName));
   }
-  EntityStore& store = *found;
-  if (!store.selectAll) {
-    const EntityDescription& entity = *store.description;
-    std::vector<std::string> names;
-    for (const auto& attribute : entity.attributes) names.push_back(attribute.name);
-    const std::string table = identifier(entity.name);
-    const std::string key = identifier(keyColumn);
-    std::string placeholders;
-    for (std::size_t i = 1; i <= names.size(); ++i) placeholders += (i > 1 ? ",?" : "?") + std::to_string(i);
+  return *found;
+}
 
-    store.selectAll = database_.prepare("SELECT " + key + (names.empty() ? "" : ", ") + joined(names, ", ") + " FROM " +
-                                        table + " ORDER BY " + key);
-    store.insert = names.empty() ? database_.prepare("INSERT INTO " + table + " DEFAULT VALUES")
-                                 : database_.prepare("INSERT INTO " + table + " (" + joined(names, ", ") +
-                                                     ") VALUES (" + placeholders + ")");
-    std::string assignments;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-      assignments += (i > 0 ? ", " : "") + identifier(names[i]) + " = ?" + std::to_string(i + 1);
+SQLiteStatement& ModelContainer::statement(EntityStore& store, Statement which) {
+  SQLiteStatement& prepared = store.statements[static_cast<std::size_t>(which)];
+  if (prepared) return prepared;
+  const EntityDescription& entity = *store.description;
+  std::vector<std::string> names;
+  for (const auto& attribute : entity.attributes) names.push_back(attribute.name);
+  const std::string table = identifier(entity.name);
+  const std::string key = identifier(keyColumn);
+  switch (which) {
+    case Statement::selectAll:
+      prepared = database_.prepare("SELECT " + key + (names.empty() ? "" : ", ") + joined(names, ", ") + " FROM " +
+                                   table + " ORDER BY " + key);
+      break;
+    case Statement::insert: {
+      std::string placeholders;
+      for (std::size_t i = 1; i <= names.size(); ++i) placeholders += (i > 1 ? ",?" : "?") + std::to_string(i);
+      prepared = names.empty() ? database_.prepare("INSERT INTO " + table + " DEFAULT VALUES")
+                               : database_.prepare("INSERT INTO " + table + " (" + joined(names, ", ") +
+                                                   ") VALUES (" + placeholders + ")");
+      break;
     }
-    store.update = database_.prepare("UPDATE " + table + " SET " + (names.empty() ? key + " = " + key : assignments) +
-                                     " WHERE " + key + " = ?" + std::to_string(names.size() + 1));
-    store.remove = database_.prepare("DELETE FROM " + table + " WHERE " + key + " = ?1");
+    case Statement::update: {
+      std::string assignments;
+      for (std::size_t i = 0; i < names.size(); ++i) {
+        assignments += (i > 0 ? ", " : "") + identifier(names[i]) + " = ?" + std::to_string(i + 1);
+      }
+      prepared = database_.prepare("UPDATE " + table + " SET " + (names.empty() ? key + " = " + key : assignments) +
+                                   " WHERE " + key + " = ?" + std::to_string(names.size() + 1));
+      break;
+    }
+    case Statement::remove:
+      prepared = database_.prepare("DELETE FROM " + table + " WHERE " + key + " = ?1");
+      break;
   }
-  return store;
+  return prepared;
 }
 
 SQLiteStatement& ModelContainer::selectColumns(EntityStore& store, std::initializer_list<std::string_view> names) {

@@ -17,6 +17,7 @@
 // A container and its contexts are used from one thread.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
@@ -83,10 +84,8 @@ class ModelContainer {
   /// The connection's statements for one record type, prepared on first use.
   struct EntityStore {
     const EntityDescription* description = nullptr;
-    SQLiteStatement selectAll;  ///< row key, then the attributes in order, by row key
-    SQLiteStatement insert;     ///< the attributes as ?1...?n
-    SQLiteStatement update;     ///< the attributes as ?1...?n, the row key as ?n+1
-    SQLiteStatement remove;     ///< the row key as ?1
+    /// By `Statement`; see `statement`.
+    std::array<SQLiteStatement, 4> statements;
     /// Saves through this container that changed the table. A connection's
     /// own commits leave `PRAGMA data_version` alone, so contexts on this
     /// container compare this count to notice each other's saves.
@@ -100,6 +99,15 @@ class ModelContainer {
 
   /// Throws StoreError(other) when the schema has no such record type.
   EntityStore& entityStore(std::string_view entityName);
+  enum class Statement {
+    selectAll,  ///< row key, then the attributes in order, by row key
+    insert,     ///< the attributes as ?1...?n
+    update,     ///< the attributes as ?1...?n, the row key as ?n+1
+    remove,     ///< the row key as ?1
+  };
+  /// One of the record type's statements, prepared on its first use: a
+  /// command that only reads never pays for compiling the writes.
+  SQLiteStatement& statement(EntityStore& store, Statement which);
   /// A statement that reads the named attributes of every row, in that
   /// order; prepared once per list.
   SQLiteStatement& selectColumns(EntityStore& store, std::initializer_list<std::string_view> names);

@@ -202,7 +202,7 @@ class ModelContext::RecordTable final : public Entity {
   void reload() {
     const std::int64_t dataVersion = owner.dataVersion();
     const std::uint64_t commitCount = store.commitCount;
-    SQLiteStatement& select = store.selectAll;
+    SQLiteStatement& select = owner.statement(store, ModelContainer::Statement::selectAll);
     SQLiteStatement::Scope scope(select);
     std::vector<Record> merged;
     merged.reserve(rows.size());
@@ -240,9 +240,10 @@ class ModelContext::RecordTable final : public Entity {
     UndoJournal& journal = owner.journal_;
     const auto entity = static_cast<std::size_t>(&store - owner.entities_.data());
     for (const Record& record : inserted) {
-      SQLiteStatement::Scope scope(store.insert);
-      bindAttributes(store.insert, *record);
-      store.insert.step();
+      SQLiteStatement& insert = owner.statement(store, ModelContainer::Statement::insert);
+      SQLiteStatement::Scope scope(insert);
+      bindAttributes(insert, *record);
+      insert.step();
       newKeys.push_back(owner.database_.lastInsertRowid());
       journal.record(entity, newKeys.back(), UndoJournal::Image::inserted);
       wrote = true;
@@ -252,18 +253,20 @@ class ModelContext::RecordTable final : public Entity {
       const PersistentModel& known = state(*record);
       if (!known.hasChanges_ || known.pending_ != Pending::nothing) continue;
       journal.record(entity, known.persistentIdentifier_, UndoJournal::Image::beforeUpdate);
-      SQLiteStatement::Scope scope(store.update);
-      bindAttributes(store.update, *record);
-      store.update.bind(keyIndex, known.persistentIdentifier_);
-      store.update.step();
+      SQLiteStatement& update = owner.statement(store, ModelContainer::Statement::update);
+      SQLiteStatement::Scope scope(update);
+      bindAttributes(update, *record);
+      update.bind(keyIndex, known.persistentIdentifier_);
+      update.step();
       journal.record(entity, known.persistentIdentifier_, UndoJournal::Image::afterUpdate);
       wrote = true;
     }
     for (const Record& record : deleted) {
       journal.record(entity, state(*record).persistentIdentifier_, UndoJournal::Image::beforeDelete);
-      SQLiteStatement::Scope scope(store.remove);
-      store.remove.bind(1, state(*record).persistentIdentifier_);
-      store.remove.step();
+      SQLiteStatement& remove = owner.statement(store, ModelContainer::Statement::remove);
+      SQLiteStatement::Scope scope(remove);
+      remove.bind(1, state(*record).persistentIdentifier_);
+      remove.step();
       wrote = true;
     }
     return wrote;

@@ -527,7 +527,7 @@ void TimeBankArchive::validate() const {
   }
 }
 
-TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date now) const {
+TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date now, RunningEntries running) const {
   validate();
   const auto storedEntries = context.fetch<WorkEntry>();
   const auto storedAdjustments = context.fetch<BalanceAdjustment>();
@@ -542,7 +542,9 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
   TimeBankArchiveMergeResult result;
   for (const WorkEntryRecord& r : workEntries) {
     // A running entry is closed at the export instant, never before its start.
-    const Date end = r.endedAt ? *r.endedAt : std::max(r.startedAt, exportInstant);
+    const std::optional<Date> end = r.endedAt                                 ? r.endedAt
+                                    : running == RunningEntries::keepRunning ? std::nullopt
+                                                                             : std::optional(std::max(r.startedAt, exportInstant));
     const std::int64_t breakMinutes = std::clamp<std::int64_t>(r.breakMinutes, 0, DataStoreMaintenance::maximumBreakMinutes);
     std::string note = NoteValidation::normalized(r.note);
     const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
@@ -552,7 +554,8 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
         [&] { return std::make_shared<WorkEntry>(r.id, r.startedAt, end, breakMinutes, note, createdAt, modifiedAt); },
         [&](WorkEntry& entry) {
           entry.setStartedAt(r.startedAt);
-          entry.setEndedAt(std::max(r.startedAt, end));  // an update never ends before its start
+          // An update never ends before its start.
+          entry.setEndedAt(end ? std::optional(std::max(r.startedAt, *end)) : std::nullopt);
           entry.setBreakMinutes(breakMinutes);
           entry.setNote(std::move(note));
           entry.setCreatedAt(createdAt);

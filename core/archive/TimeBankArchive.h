@@ -140,7 +140,13 @@ struct TimeBankArchive {
   /// activity, configuration and ledger reconciliations as of `now` with the
   /// current calendar, and saves. Store errors pass through; what was done by
   /// then stays unsaved in the context.
-  TimeBankArchiveMergeResult merge(ModelContext& context, Date now) const;
+  ///
+  /// With `RunningEntries::keepRunning` a running entry stays running
+  /// instead (copies of one store kept in step, where the timer's own
+  /// repair then leaves the earliest of several running entries).
+  enum class RunningEntries { closeAtExport, keepRunning };
+  TimeBankArchiveMergeResult merge(ModelContext& context, Date now,
+                                   RunningEntries running = RunningEntries::closeAtExport) const;
 
   friend bool operator==(const TimeBankArchive&, const TimeBankArchive&) = default;
 };

@@ -481,6 +481,21 @@ std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
   }
 }
 
+std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore) {
+  beginWriting();
+  try {
+    const std::int64_t changed = deletions_.absorb(entries, forgetBefore);
+    commitWriting();
+    return changed;
+  } catch (const StoreError& error) {
+    abandonWriting();
+    throw StoreError(error.code() == Code::busy ? Code::busy : Code::saveFailed, error.what());
+  } catch (...) {
+    abandonWriting();
+    throw;
+  }
+}
+
 void ModelContainer::beginWriting() {
   if (isReadOnly_) {
     throw StoreError(Code::readOnly, "the store " + url_->string() + " is read-only: it can be read but not changed");

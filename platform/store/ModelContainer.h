@@ -23,6 +23,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -78,6 +79,13 @@ class ModelContainer {
   /// readOnly.
   std::optional<UndoJournal::Action> undoLastAction();
 
+  /// The deletions journaled saves made and those absorbed (see DeletionLog).
+  std::vector<DeletionLog::Entry> deletions() const { return deletions_.entries(); }
+  /// In one transaction: keeps each of `entries` and forgets deletions
+  /// before `forgetBefore`; returns how many were new or later. Throws
+  /// StoreError(busy, saveFailed or readOnly).
+  std::int64_t absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore);
+
  private:
   friend class ModelContext;
 
@@ -130,7 +138,8 @@ class ModelContainer {
   SQLiteStatement readMetadata_;
   SQLiteStatement raiseGeneration_;
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
-  UndoJournal journal_{database_, configuration_.schema.entities};
+  DeletionLog deletions_{database_, configuration_.schema.entities};
+  UndoJournal journal_{database_, configuration_.schema.entities, deletions_};
   bool isReadOnly_ = false;
   std::uint64_t savesCommitted_ = 0;
 };

@@ -64,6 +64,7 @@ void UndoJournal::begin(std::string_view action, std::string_view command, Date 
   insert.bind(3, at);
   insert.step();
   entry_ = database_.lastInsertRowid();
+  at_ = at;
 }
 
 UndoJournal::EntityStatements& UndoJournal::statements(std::size_t entity) {
@@ -88,6 +89,7 @@ void UndoJournal::record(std::size_t entity, std::int64_t key, Image image) {
   copy.bind(2, static_cast<std::int64_t>(image));
   copy.bind(3, key);
   copy.step();
+  if (image == Image::beforeDelete) deletions_.record(entity, key, at_, *entry_);
 }
 
 std::optional<UndoJournal::Action> UndoJournal::last() const {
@@ -119,6 +121,7 @@ std::optional<std::pair<UndoJournal::Action, std::vector<std::size_t>>> UndoJour
 }
 
 void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& changed) {
+  deletions_.forgetEntry(entry);
   const std::string key = quoted(keyColumn);
   for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
     if (!tableExists(tableOf(entities_[entity]))) continue;

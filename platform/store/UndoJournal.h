@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "platform/foundation/Date.h"
+#include "platform/store/DeletionLog.h"
 #include "platform/store/Schema.h"
 #include "platform/store/SQLiteDatabase.h"
 
@@ -42,8 +43,9 @@ class UndoJournal {
     Date at;
   };
 
-  UndoJournal(SQLiteDatabase& database, const std::vector<EntityDescription>& entities)
-      : database_(database), entities_(entities) {}
+  /// A journaled deletion is logged in `deletions` too, and undoing it forgets that.
+  UndoJournal(SQLiteDatabase& database, const std::vector<EntityDescription>& entities, DeletionLog& deletions)
+      : database_(database), entities_(entities), deletions_(deletions) {}
 
   /// Statements that drop the whole journal (run when the tables change shape).
   static std::vector<std::string> discardStatements(const std::vector<EntityDescription>& entities);
@@ -85,8 +87,10 @@ class UndoJournal {
 
   SQLiteDatabase& database_;
   const std::vector<EntityDescription>& entities_;
+  DeletionLog& deletions_;
   std::vector<EntityStatements> statements_;
   std::optional<std::int64_t> entry_;
+  Date at_;
 };
 
 }  // namespace quillmont

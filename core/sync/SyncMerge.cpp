@@ -1,0 +1,93 @@
+#include "core/sync/SyncMerge.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/ledger/WorkSchedule.h"
+#include "platform/store/ModelContext.h"
+
+namespace quillmont::SyncMerge {
+namespace {
+
+/// The latest deletion of each record, by record type and identifier.
+using Coverage = std::map<std::pair<std::string, UUID>, Date, std::less<>>;
+
+Coverage coverageOf(const std::vector<DeletionLog::Entry>& deletions) {
+  Coverage coverage;
+  for (const auto& deletion : deletions) {
+    auto [at, inserted] = coverage.try_emplace({deletion.entity, deletion.id}, deletion.deletedAt);
+    if (!inserted) at->second = std::max(at->second, deletion.deletedAt);
+  }
+  return coverage;
+}
+
+bool covers(const Coverage& coverage, std::string_view entity, const UUID& id, Date modifiedAt) {
+  const auto found = coverage.find(std::pair{std::string(entity), id});
+  return found != coverage.end() && modifiedAt <= found->second;
+}
+
+template <class Model>
+std::int64_t deleteCovered(ModelContext& context, const Coverage& coverage) {
+  std::int64_t deleted = 0;
+  for (const auto& record : context.fetch<Model>()) {
+    if (covers(coverage, Model::entityName, record->id(), record->modifiedAt())) {
+      context.deleteRecord(record);
+      ++deleted;
+    }
+  }
+  return deleted;
+}
+
+template <class Record>
+std::int64_t dropCovered(std::vector<Record>& records, std::string_view entity, const Coverage& coverage) {
+  const auto kept = std::remove_if(records.begin(), records.end(), [&](const Record& record) {
+    return covers(coverage, entity, record.id, record.modifiedAt);
+  });
+  const auto dropped = static_cast<std::int64_t>(records.end() - kept);
+  records.erase(kept, records.end());
+  return dropped;
+}
+
+std::int64_t removeCovered(ModelContext& context, const Coverage& coverage) {
+  if (coverage.empty()) return 0;
+  const std::int64_t deleted = deleteCovered<WorkEntry>(context, coverage) +
+                               deleteCovered<BalanceAdjustment>(context, coverage) +
+                               deleteCovered<WorkSchedule>(context, coverage) +
+                               deleteCovered<TimeBankSettings>(context, coverage);
+  context.save();
+  return deleted;
+}
+
+}  // namespace
+
+std::int64_t applyDeletions(ModelContext& context) {
+  return removeCovered(context, coverageOf(context.container()->deletions()));
+}
+
+Result merge(ModelContext& context, const TimeBankArchive& archive, const std::vector<DeletionLog::Entry>& deletions,
+             Date now) {
+  archive.validate();
+  Result result;
+  const Date forgetBefore = now.addingTimeInterval(-86400.0 * static_cast<double>(deletionRetentionDays));
+  result.deletionsLearnt = context.container()->absorbDeletions(deletions, forgetBefore);
+  const Coverage coverage = coverageOf(context.container()->deletions());
+  // Stored records first: the merge's repairs must not weigh a record that
+  // is about to go (a deleted running entry would outrank a live one).
+  result.recordsDeleted = removeCovered(context, coverage);
+
+  TimeBankArchive kept = archive;
+  result.recordsSkipped = dropCovered(kept.workEntries, WorkEntry::entityName, coverage) +
+                          dropCovered(kept.balanceAdjustments, BalanceAdjustment::entityName, coverage) +
+                          dropCovered(kept.schedules, WorkSchedule::entityName, coverage) +
+                          dropCovered(kept.settings, TimeBankSettings::entityName, coverage);
+  result.merged = kept.merge(context, now, TimeBankArchive::RunningEntries::keepRunning);
+  return result;
+}
+
+}  // namespace quillmont::SyncMerge

@@ -1,0 +1,54 @@
+// SyncMerge: brings what another machine wrote (its ledger as an archive,
+// and the deletions it knows) into this machine's store, so that copies of
+// one ledger kept on several machines agree.
+//
+// The archive merge decides between two copies of a record: the later
+// `modifiedAt` wins. Deletions add one rule: a deletion wins over a copy
+// modified at or before it, and a later change wins over the deletion. A
+// running entry stays running, so a timer runs on every machine; where two
+// machines each started one, the timer's repair keeps the earliest.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "core/archive/TimeBankArchive.h"
+#include "core/archive/TimeBankArchiveMergeResult.h"
+#include "platform/foundation/Date.h"
+#include "platform/store/DeletionLog.h"
+
+namespace quillmont {
+
+class ModelContext;
+
+namespace SyncMerge {
+
+/// How long a deletion is remembered. A machine that comes back after
+/// longer may bring back records deleted meanwhile.
+inline constexpr std::int64_t deletionRetentionDays = 400;
+
+struct Result {
+  TimeBankArchiveMergeResult merged;
+  /// Deletions that were new to this store (or later than the ones it had).
+  std::int64_t deletionsLearnt = 0;
+  /// Records removed because a deletion covers them.
+  std::int64_t recordsDeleted = 0;
+  /// Records of the archive left out because a deletion covers them.
+  std::int64_t recordsSkipped = 0;
+};
+
+/// Keeps `deletions` in the store (forgetting those older than the
+/// retention), removes the stored records they cover, then merges what of
+/// `archive` they do not cover, with the archive merge's maintenance. The
+/// archive is validated first: an invalid one throws TimeBankArchiveError
+/// and changes nothing. Store errors pass through. `context` must not be
+/// journaled: what a merge removes is not a person's deletion.
+Result merge(ModelContext& context, const TimeBankArchive& archive, const std::vector<DeletionLog::Entry>& deletions,
+             Date now);
+
+/// Removes the stored records that the store's deletions cover and saves;
+/// returns how many.
+std::int64_t applyDeletions(ModelContext& context);
+
+}  // namespace SyncMerge
+}  // namespace quillmont

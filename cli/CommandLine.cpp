@@ -20,6 +20,7 @@
 #include "cli/CommandSet.h"
 #include "cli/CommandSuggestion.h"
 #include "cli/HolidayCommands.h"
+#include "cli/SyncCommands.h"
 #include "cli/HousekeepingCommands.h"
 #include "cli/OpenCommand.h"
 #include "cli/OverviewCommand.h"
@@ -61,8 +62,8 @@ struct Family {
   std::initializer_list<std::string_view> commands;
 };
 
-const std::array<Family, 11>& families() {
-  static const std::array<Family, 11> list{{
+const std::array<Family, 12>& families() {
+  static const std::array<Family, 12> list{{
       {OverviewCommand::install, {"overview"}},
       {BookingCommands::install, {"book", "bookings"}},
       {WorkCommands::install, {"timer", "work"}},
@@ -70,6 +71,7 @@ const std::array<Family, 11>& families() {
       {SettingsCommands::install, {"setup", "settings", "schedule", "kinds", "category"}},
       {ArchiveCommands::install, {"export", "import", "import-legacy"}},
       {HolidayCommands::install, {"import-holidays"}},
+      {SyncCommands::install, {"sync"}},
       {OpenCommand::install, {"open"}},
       {WidgetCommands::install, {"widget"}},
       {HousekeepingCommands::install, {"erase", "undo", "doctor"}},

@@ -17,7 +17,8 @@ run(${CMAKE_COMMAND} -E env QUILLMONT_HOME=${WORK_DIR}/home ${WORK_DIR}/prefix/b
 foreach(installed share/applications/quillmont.desktop share/applications/quillmont-widget.desktop
                   share/icons/hicolor/scalable/apps/quillmont.svg share/bash-completion/completions/quillmont
                   share/zsh/vendor-completions/_quillmont share/fish/vendor_completions.d/quillmont.fish
-                  share/man/man1/quillmont.1 lib/cmake/Quillmont/QuillmontConfig.cmake)
+                  share/man/man1/quillmont.1 lib/cmake/Quillmont/QuillmontConfig.cmake
+                  lib/systemd/user/quillmont-sync.service)
   if(NOT EXISTS ${WORK_DIR}/prefix/${installed})
     message(FATAL_ERROR "not installed: ${installed}")
   endif()

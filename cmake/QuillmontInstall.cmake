@@ -32,6 +32,14 @@ install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop ${PROJECT_SOURCE_DIR
   DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PROJECT_SOURCE_DIR}/share/icons/quillmont.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+# The user service that runs `quillmont sync --watch` (systemd looks for user
+# units in <prefix>/lib/systemd/user for /usr and /usr/local).
+if(TARGET quillmont)
+  set(QUILLMONT_SYNC_PROGRAM ${CMAKE_INSTALL_FULL_BINDIR}/quillmont)
+  configure_file(${PROJECT_SOURCE_DIR}/share/systemd/quillmont-sync.service.in
+    ${PROJECT_BINARY_DIR}/share/quillmont-sync.service @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/share/quillmont-sync.service DESTINATION lib/systemd/user)
+endif()
 # The completions for bash, zsh and fish and the manual page, which the build
 # writes from the program's own commands (cli/CMakeLists.txt).
 if(TARGET quillmont_reference)

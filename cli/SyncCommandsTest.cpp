@@ -191,7 +191,7 @@ TEST_F(SyncCommandsTest, ADamagedOrHalfCopiedFileChangesNothingAndIsReported) {
 }
 
 TEST_F(SyncCommandsTest, AnExchangeKilledHalfWayLeavesStoreAndFolderUsable) {
-  for (int i = 0; i < 40; ++i) office.run({"book", std::to_string(i + 1), "--note", "n" + std::to_string(i)});
+  for (int i = 0; i < 40; ++i) office.run({"book", std::to_string(i + 1), "--note", std::to_string(i) + " of 40"});
   for (int delay : {0, 2, 5, 10, 20, 40}) {
     auto running = office.start({"sync"});
     ::usleep(static_cast<useconds_t>(delay) * 1000);

@@ -13,6 +13,7 @@ declare -A allowed=(
   [core/widgetstate]="platform core/ledger core/persistence core/engine core/widgetstate"
   [core/reports]="platform core/ledger core/persistence core/engine core/reports"
   [core/archive]="platform core/ledger core/persistence core/engine core/archive"
+  [core/sync]="platform core/ledger core/persistence core/engine core/archive core/sync"
   [widget]="platform core widget"
   [desktop]="platform core widget cli desktop"
   [cli]="platform core widget cli"

@@ -288,7 +288,8 @@ class ChangeWatch {
     folderWatch_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     if (folderWatch_ < 0 ||
         ::inotify_add_watch(folderWatch_, setup.folder.c_str(),
-                            IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE) < 0) {
+                            IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE | IN_DELETE_SELF |
+                                IN_MOVE_SELF | IN_UNMOUNT) < 0) {
       throw CommandFailure("cannot watch the sync folder " + setup.folder.string() + ": " + std::strerror(errno));
     }
   }
@@ -325,6 +326,11 @@ class ChangeWatch {
       if (length <= 0) break;
       for (std::size_t at = 0; at < static_cast<std::size_t>(length);) {
         const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+        if ((event->mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED)) != 0) {
+          // Watching again would watch nothing: end, and let the service
+          // manager start again once the folder is back.
+          throw CommandFailure("the sync folder " + setup_.folder.string() + " went away");
+        }
         const std::string name = event->len > 0 ? event->name : "";
         if (const auto owner = SyncFolder::deviceOfFileName(name)) {
           const bool gone = (event->mask & (IN_DELETE | IN_MOVED_FROM)) != 0;

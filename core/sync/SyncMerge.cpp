@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "core/ledger/AdjustmentKindConfiguration.h"
 #include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
+#include "core/ledger/QuickActionConfiguration.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
@@ -54,6 +58,50 @@ std::int64_t dropCovered(std::vector<Record>& records, std::string_view entity, 
   return dropped;
 }
 
+// A settings record as the store makes it when it opens for the first time,
+// never set up nor changed (its calculation start is the day it was made):
+// every machine that joins has one, newer than the settings people chose
+// elsewhere, and it must not win over them.
+bool isUntouched(const TimeBankSettings& settings) {
+  static const TimeBankSettings fresh;
+  return !settings.hasCompletedOnboarding() && settings.startingBalanceMinutes() == fresh.startingBalanceMinutes() &&
+         settings.weekdayMinutes() == fresh.weekdayMinutes() &&
+         settings.quickActionMinutes() == fresh.quickActionMinutes() &&
+         settings.visibleAdjustmentKindsRawValue() == fresh.visibleAdjustmentKindsRawValue() &&
+         settings.customAdjustmentCategoriesRawValue() == fresh.customAdjustmentCategoriesRawValue();
+}
+
+bool isUntouched(const TimeBankArchive::SettingsRecord& r) {
+  const std::span<const std::int64_t> quickActions =
+      r.quickActionMinutes ? std::span<const std::int64_t>(*r.quickActionMinutes)
+                           : std::span<const std::int64_t>(QuickActionConfiguration::defaultMinutes);
+  return isUntouched(TimeBankSettings(
+      r.id, r.calculationStartDate, r.startingBalanceMinutes, r.weekdayMinutes, quickActions,
+      r.visibleAdjustmentKindsRawValue.value_or(std::string(AdjustmentKindConfiguration::defaultRawValue)),
+      r.customAdjustmentCategoriesRawValue.value_or(std::string(CustomAdjustmentCategoryConfiguration::defaultRawValue)),
+      r.hasCompletedOnboarding, r.modifiedAt));
+}
+
+// Untouched settings give way: an archive's untouched record stays out of a
+// store that has settings, and a chosen record from elsewhere replaces the
+// store's untouched ones. Returns the archive records left out.
+std::int64_t settleUntouchedSettings(ModelContext& context, TimeBankArchive& archive) {
+  const auto stored = context.fetch<TimeBankSettings>();
+  std::int64_t skipped = 0;
+  if (!stored.empty()) {
+    const auto kept = std::remove_if(archive.settings.begin(), archive.settings.end(),
+                                     [](const auto& record) { return isUntouched(record); });
+    skipped = static_cast<std::int64_t>(archive.settings.end() - kept);
+    archive.settings.erase(kept, archive.settings.end());
+  }
+  if (!archive.settings.empty()) {
+    for (const auto& settings : stored) {
+      if (isUntouched(*settings)) context.deleteRecord(settings);
+    }
+  }
+  return skipped;
+}
+
 std::int64_t removeCovered(ModelContext& context, const Coverage& coverage) {
   if (coverage.empty()) return 0;
   const std::int64_t deleted = deleteCovered<WorkEntry>(context, coverage) +
@@ -86,6 +134,7 @@ Result merge(ModelContext& context, const TimeBankArchive& archive, const std::v
                           dropCovered(kept.balanceAdjustments, BalanceAdjustment::entityName, coverage) +
                           dropCovered(kept.schedules, WorkSchedule::entityName, coverage) +
                           dropCovered(kept.settings, TimeBankSettings::entityName, coverage);
+  result.recordsSkipped += settleUntouchedSettings(context, kept);
   result.merged = kept.merge(context, now, TimeBankArchive::RunningEntries::keepRunning);
   return result;
 }

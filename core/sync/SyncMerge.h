@@ -6,7 +6,10 @@
 // `modifiedAt` wins. Deletions add one rule: a deletion wins over a copy
 // modified at or before it, and a later change wins over the deletion. A
 // running entry stays running, so a timer runs on every machine; where two
-// machines each started one, the timer's repair keeps the earliest.
+// machines each started one, the timer's repair keeps the earliest. A
+// settings record nobody set up or changed (each store makes one when it
+// first opens) gives way to settings chosen on another machine, however
+// much newer it is.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +36,8 @@ struct Result {
   std::int64_t deletionsLearnt = 0;
   /// Records removed because a deletion covers them.
   std::int64_t recordsDeleted = 0;
-  /// Records of the archive left out because a deletion covers them.
+  /// Records of the archive left out: a deletion covers them, or they are
+  /// untouched settings and the store has settings of its own.
   std::int64_t recordsSkipped = 0;
 };
 

@@ -180,6 +180,27 @@ TEST_F(SyncMergeTest, OldDeletionsAreForgotten) {
   EXPECT_EQ(kept[0].id, id(2));
 }
 
+TEST_F(SyncMergeTest, AJoiningMachinesUntouchedSettingsGiveWayInEitherOrder) {
+  // Every store makes default settings when it first opens; the office
+  // changed its own (without completing the set-up), the laptop's are newer.
+  DataStoreMaintenance::reconcile(office.context, Calendar::autoupdatingCurrent(), now - 86400, false);
+  const auto chosen = office.context.fetch<TimeBankSettings>().at(0);
+  chosen->setStartingBalanceMinutes(300);
+  chosen->setModifiedAt(now - 3600);
+  office.context.save();
+  DataStoreMaintenance::reconcile(laptop.context, Calendar::autoupdatingCurrent(), now, false);
+  ASSERT_GT(laptop.context.fetch<TimeBankSettings>().at(0)->modifiedAt(), chosen->modifiedAt());
+
+  office.mergeFrom(laptop, now + 10);  // the laptop wrote first
+  laptop.mergeFrom(office, now + 20);
+  office.mergeFrom(laptop, now + 30);
+  for (Machine* machine : {&office, &laptop}) {
+    const auto settings = machine->context.fetch<TimeBankSettings>();
+    ASSERT_EQ(settings.size(), 1u);
+    EXPECT_EQ(settings[0]->startingBalanceMinutes(), 300);
+  }
+}
+
 TEST(SyncDeviceFile, ReadsWhatItWritesAndRefusesOtherShapes) {
   const SyncDeviceFile file{id(7), "laptop \"home\"", Date(800000000.5),
                             {{"WorkEntry", id(1), Date(799000000)}, {"BalanceAdjustment", id(2), Date(799000001.25)}}};

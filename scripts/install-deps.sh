@@ -7,6 +7,7 @@ packages=(
   googletest libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
   clang libclang-rt-14-dev
   qt6-base-dev fonts-dejavu-core xvfb xauth
+  syncthing curl
 )
 missing=()
 for p in "${packages[@]}"; do

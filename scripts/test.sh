@@ -6,3 +6,7 @@ scripts/install-deps.sh
 preset=default
 [ "${1:-}" = "--sanitize" ] && preset=sanitize
 cmake --workflow --preset "$preset"
+# Sync end to end through two real Syncthing instances (skipped without syncthing).
+if [ "$preset" = default ]; then
+  scripts/test-syncthing.sh build/default/cli/quillmont
+fi

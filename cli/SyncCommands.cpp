@@ -253,8 +253,9 @@ void status() {
     if (id == setup.device) continue;
     if (!others) Terminal::print("Devices:");
     others = true;
+    const UUID device = id;  // clang before 16 cannot capture a structured binding
     const auto known = std::find_if(state.devices.begin(), state.devices.end(),
-                                    [&](const SyncState::Device& device) { return device.id == id; });
+                                    [&](const SyncState::Device& seen) { return seen.id == device; });
     std::string line = "  " + deviceLabel(known != state.devices.end() ? known->name : "", id);
     if (known == state.devices.end()) {
       line += files.ledger ? ": not read yet" : ": its ledger has not arrived yet";

@@ -105,8 +105,8 @@ std::string storeSignature(StoreSession& session) {
 }
 
 std::string ownStamp(const Configuration& setup) {
-  return SyncFolder::stamp(setup.folder / SyncFolder::ledgerFileName(setup.device)) + "|" +
-         SyncFolder::stamp(setup.folder / SyncFolder::deviceFileName(setup.device));
+  return SyncFolder::stamp(SyncFolder::DeviceFiles{setup.folder / SyncFolder::ledgerFileName(setup.device),
+                                                   setup.folder / SyncFolder::deviceFileName(setup.device)});
 }
 
 std::string deviceLabel(const std::string& name, const UUID& id) {
@@ -132,8 +132,8 @@ std::string mergeDevice(StoreSession& session, const UUID& id, const SyncFolder:
   try {
     std::string bytes = FileTransfer::read(files.ledger->string());
     bytes.reserve(bytes.size() + JsonReader::padding);
-    const TimeBankArchive archive = TimeBankArchive::decodeJSON(bytes);
-    const auto result = SyncMerge::merge(session.context(), archive, deletions, session.now());
+    const auto result =
+        SyncMerge::merge(session.context(), TimeBankArchive::decodeJSON(bytes), deletions, session.now());
     known.problem.clear();
     std::string line = "Merged " + deviceLabel(known.name, id) + ": inserted " +
                        std::to_string(result.merged.inserted) + ", updated " + std::to_string(result.merged.updated) +
@@ -178,8 +178,7 @@ std::vector<std::string> exchange(const UserDefaults& defaults, const Configurat
     bool mergedAny = false;
     for (const auto& [id, files] : listing.devices) {
       if (id == setup.device || !files.ledger) continue;
-      const std::string stamp = SyncFolder::stamp(*files.ledger) + "|" +
-                                (files.device ? SyncFolder::stamp(*files.device) : std::string());
+      const std::string stamp = SyncFolder::stamp(files);
       SyncState::Device& known = state.device(id);
       if (known.stamp == stamp) continue;
       report.push_back(mergeDevice(session, id, files, known));
@@ -263,9 +262,7 @@ void status() {
       if (known->writtenAt) line += ", wrote " + display.dateTime(*known->writtenAt);
       line += ", read " + display.dateTime(known->readAt);
       if (!known->problem.empty()) line += "; " + known->problem;
-      const std::string stamp = (files.ledger ? SyncFolder::stamp(*files.ledger) : std::string()) + "|" +
-                                (files.device ? SyncFolder::stamp(*files.device) : std::string());
-      if (stamp != known->stamp) line += "; changed since";
+      if (SyncFolder::stamp(files) != known->stamp) line += "; changed since";
     }
     Terminal::print(line);
   }

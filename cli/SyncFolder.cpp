@@ -71,4 +71,9 @@ std::string stamp(const std::filesystem::path& file) {
          std::to_string(status.st_mtim.tv_nsec);
 }
 
+std::string stamp(const DeviceFiles& files) {
+  return (files.ledger ? stamp(*files.ledger) : std::string()) + "|" +
+         (files.device ? stamp(*files.device) : std::string());
+}
+
 }  // namespace quillmont::SyncFolder

@@ -53,5 +53,7 @@ std::optional<std::string> ignoredBecause(std::string_view name);
 /// The size and modification time of a file, as text that changes when the
 /// file is replaced; empty when there is no such file.
 std::string stamp(const std::filesystem::path& file);
+/// The stamps of a device's two files together.
+std::string stamp(const DeviceFiles& files);
 
 }  // namespace quillmont::SyncFolder

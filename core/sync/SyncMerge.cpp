@@ -118,7 +118,7 @@ std::int64_t applyDeletions(ModelContext& context) {
   return removeCovered(context, coverageOf(context.container()->deletions()));
 }
 
-Result merge(ModelContext& context, const TimeBankArchive& archive, const std::vector<DeletionLog::Entry>& deletions,
+Result merge(ModelContext& context, TimeBankArchive archive, const std::vector<DeletionLog::Entry>& deletions,
              Date now) {
   archive.validate();
   Result result;
@@ -129,13 +129,12 @@ Result merge(ModelContext& context, const TimeBankArchive& archive, const std::v
   // is about to go (a deleted running entry would outrank a live one).
   result.recordsDeleted = removeCovered(context, coverage);
 
-  TimeBankArchive kept = archive;
-  result.recordsSkipped = dropCovered(kept.workEntries, WorkEntry::entityName, coverage) +
-                          dropCovered(kept.balanceAdjustments, BalanceAdjustment::entityName, coverage) +
-                          dropCovered(kept.schedules, WorkSchedule::entityName, coverage) +
-                          dropCovered(kept.settings, TimeBankSettings::entityName, coverage);
-  result.recordsSkipped += settleUntouchedSettings(context, kept);
-  result.merged = kept.merge(context, now, TimeBankArchive::RunningEntries::keepRunning);
+  result.recordsSkipped = dropCovered(archive.workEntries, WorkEntry::entityName, coverage) +
+                          dropCovered(archive.balanceAdjustments, BalanceAdjustment::entityName, coverage) +
+                          dropCovered(archive.schedules, WorkSchedule::entityName, coverage) +
+                          dropCovered(archive.settings, TimeBankSettings::entityName, coverage);
+  result.recordsSkipped += settleUntouchedSettings(context, archive);
+  result.merged = archive.merge(context, now, TimeBankArchive::RunningEntries::keepRunning);
   return result;
 }
 

@@ -47,7 +47,7 @@ struct Result {
 /// archive is validated first: an invalid one throws TimeBankArchiveError
 /// and changes nothing. Store errors pass through. `context` must not be
 /// journaled: what a merge removes is not a person's deletion.
-Result merge(ModelContext& context, const TimeBankArchive& archive, const std::vector<DeletionLog::Entry>& deletions,
+Result merge(ModelContext& context, TimeBankArchive archive, const std::vector<DeletionLog::Entry>& deletions,
              Date now);
 
 /// Removes the stored records that the store's deletions cover and saves;

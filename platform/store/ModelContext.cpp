@@ -28,7 +28,6 @@ void ModelContext::setUndoAction(std::string action) {
 
 void ModelContext::save() {
   if (!hasChanges()) return;
-  if (willSave_) willSave_(*this);
   if (!container_->configuration().allowsSave) {
     throw StoreError(Code::saveFailed, "the store's configuration does not allow saving");
   }

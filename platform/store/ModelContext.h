@@ -79,18 +79,6 @@ class ModelContext {
   /// undo all of them at once. Saves before the call are not journaled.
   void setUndoAction(std::string action);
 
-  /// The saved records of the type that the next save deletes.
-  template <class Model>
-  std::vector<std::shared_ptr<Model>> pendingDeletions() {
-    return table<Model>().deleted;
-  }
-
-  /// Calls `prepare(*this)` when a later save begins and has changes,
-  /// before anything is written: what it inserts, changes or deletes is
-  /// saved in the same transaction. Replaces an earlier one; a save that
-  /// fails and is tried again calls it again.
-  void setWillSave(std::function<void(ModelContext&)> prepare) { willSave_ = std::move(prepare); }
-
   /// Whether anything was inserted, changed or deleted since the last save.
   bool hasChanges() const;
   /// The same for records of one type.
@@ -188,7 +176,6 @@ class ModelContext {
   std::vector<std::unique_ptr<Entity>> entities_;
   std::optional<std::string> undoAction_;
   std::string undoCommand_;
-  std::function<void(ModelContext&)> willSave_;
 };
 
 template <class Model>

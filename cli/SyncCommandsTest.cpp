@@ -232,11 +232,15 @@ TEST_F(SyncCommandsTest, WatchingMergesAnotherDevicesChangeWithoutBeingAsked) {
   EXPECT_TRUE(wrote);
 
   // A folder that goes away (a share unmounted) ends the watch with a
-  // failure, for the service manager to start it again later.
-  std::filesystem::remove_all(folder);
+  // failure, for the service manager to start it again later. The folder is
+  // moved away in one step, as an unmount does: removing it file by file
+  // races with the watch, which may still be writing its own files.
+  const auto away = folder.string() + ".unmounted";
+  std::filesystem::rename(folder, away);
   while (watching->readLine(15'000)) {
   }
   EXPECT_EQ(watching->stop(SIGTERM), 1);
+  std::filesystem::remove_all(away);
 }
 
 TEST(SyncCommands, WithoutSetUpSaysHowToSetItUp) {

@@ -9,19 +9,20 @@ Calendar Display::gregorian(const Calendar& calendar) {
   return result ? *result : calendar;
 }
 
-Display::Display(const Calendar& calendar)
-    : calendar_(gregorian(calendar)),
-      day_(calendar_, "yyyy-MM-dd"),
-      dateTime_(calendar_, "yyyy-MM-dd HH:mm"),
-      time_(calendar_, "HH:mm"),
-      weekday_(calendar_, "EEE"),
-      timestamp_(calendar_, "yyyy-MM-dd'T'HH:mm:ssxxx") {}
+Display::Display(const Calendar& calendar) : calendar_(gregorian(calendar)) {}
 
-std::string Display::day(Date date) const { return day_.string(date); }
-std::string Display::dateTime(Date date) const { return dateTime_.string(date); }
-std::string Display::time(Date date) const { return time_.string(date); }
-std::string Display::weekday(Date date) const { return weekday_.string(date); }
-std::string Display::timestamp(Date date) const { return timestamp_.string(date); }
+const DateFormatter& Display::formatter(std::optional<DateFormatter>& slot, std::string_view pattern) const {
+  if (!slot) slot.emplace(calendar_, pattern);
+  return *slot;
+}
+
+std::string Display::day(Date date) const { return formatter(day_, "yyyy-MM-dd").string(date); }
+std::string Display::dateTime(Date date) const { return formatter(dateTime_, "yyyy-MM-dd HH:mm").string(date); }
+std::string Display::time(Date date) const { return formatter(time_, "HH:mm").string(date); }
+std::string Display::weekday(Date date) const { return formatter(weekday_, "EEE").string(date); }
+std::string Display::timestamp(Date date) const {
+  return formatter(timestamp_, "yyyy-MM-dd'T'HH:mm:ssxxx").string(date);
+}
 
 std::string Display::amount(double seconds) { return DurationFormatting::clock(seconds, true); }
 

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/Date.h"
@@ -38,13 +40,15 @@ class Display {
 
  private:
   static Calendar gregorian(const Calendar& calendar);
+  /// A formatter is made on first use: most commands show one or two of them.
+  const DateFormatter& formatter(std::optional<DateFormatter>& slot, std::string_view pattern) const;
 
   Calendar calendar_;
-  DateFormatter day_;
-  DateFormatter dateTime_;
-  DateFormatter time_;
-  DateFormatter weekday_;
-  DateFormatter timestamp_;
+  mutable std::optional<DateFormatter> day_;
+  mutable std::optional<DateFormatter> dateTime_;
+  mutable std::optional<DateFormatter> time_;
+  mutable std::optional<DateFormatter> weekday_;
+  mutable std::optional<DateFormatter> timestamp_;
 };
 
 }  // namespace quillmont

@@ -34,23 +34,29 @@ Overview compute(StoreSession& session) {
   overview.todayCreditSeconds = snapshot.todayWorkedSeconds;
   overview.todayDebitSeconds = snapshot.todayExpectedSeconds;
   overview.isConfigured = snapshot.isConfigured;
-  // Worked time of today, a running entry up to now; three columns per entry.
+  // Worked time of today, a running entry up to now; three columns of the
+  // entries that are running or overlap today, and no other row is read.
   const DateInterval today = DateInterval::between(session.calendar().startOfDay(now),
                                                    DateInput::endOfDay(session.today(), session.calendar()));
+  using Op = RowFilter::Op;
+  const RowFilter runningOrToday = RowFilter::allOf({{"endedAt", Op::isNull, {}}})
+                                       .orElse(RowFilter::allOf({{"startedAt", Op::less, today.end()},
+                                                                 {"endedAt", Op::greater, today.start}}));
   std::size_t running = 0;
   std::optional<Date> runningStart;
   const auto sumToday = [&] {
     overview.todayWorkedSeconds = 0;
     running = 0;
-    session.context().forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, [&](const WorkEntry& entry) {
-      if (entry.isRunning()) {
-        ++running;
-        runningStart = entry.startedAt();
-      }
-      if (entry.startedAt() >= today.end()) return;
-      if (entry.endedAt() && *entry.endedAt() <= today.start) return;
-      overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
-    });
+    session.context().forEach<WorkEntry>(
+        {"startedAt", "endedAt", "breakMinutes"}, runningOrToday, [&](const WorkEntry& entry) {
+          if (entry.isRunning()) {
+            ++running;
+            runningStart = entry.startedAt();
+          }
+          if (entry.startedAt() >= today.end()) return;
+          if (entry.endedAt() && *entry.endedAt() <= today.start) return;
+          overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
+        });
   };
   sumToday();
   // One running entry that started by now is what the timer's repairs would

@@ -9,7 +9,13 @@
 namespace quillmont::QuillmontPersistence {
 
 const Schema& schema() {
-  static const Schema shared = Schema::of<WorkEntry, BalanceAdjustment, WorkSchedule, TimeBankSettings>("1.0.0");
+  static const Schema shared = [] {
+    Schema schema = Schema::of<WorkEntry, BalanceAdjustment, WorkSchedule, TimeBankSettings>("1.0.0");
+    // The reads of one day or period: work that ends in or after it (or
+    // runs), and bookings dated inside it.
+    schema.indexes = {{"WorkEntry", {"endedAt", "startedAt"}}, {"BalanceAdjustment", {"date"}}};
+    return schema;
+  }();
   return shared;
 }
 

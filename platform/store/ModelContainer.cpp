@@ -164,6 +164,23 @@ std::map<std::string, std::set<std::string>, std::less<>> columnsByTable(const S
   return columns;
 }
 
+/// The statements that create the schema's indexes the file lacks.
+std::vector<std::string> missingIndexes(const SQLiteDatabase& database, const Schema& schema) {
+  if (schema.indexes.empty()) return {};
+  std::set<std::string, std::less<>> present;
+  SQLiteStatement statement = database.prepare("SELECT name FROM sqlite_master WHERE type = 'index'");
+  while (statement.step()) present.insert(statement.columnText(0));
+  std::vector<std::string> changes;
+  for (const IndexDescription& index : schema.indexes) {
+    if (present.contains(index.name())) continue;
+    std::string columns;
+    for (const auto& column : index.columns) columns += (columns.empty() ? "" : ", ") + identifier(column);
+    changes.push_back("CREATE INDEX IF NOT EXISTS " + identifier(index.name()) + " ON " + identifier(index.entity) +
+                      " (" + columns + ")");
+  }
+  return changes;
+}
+
 /// What has to happen to the file for it to hold `schema`: nothing for an
 /// up-to-date store, the whole store for an empty file, the tables and
 /// columns added since for an older store of the same major version. Only
@@ -313,6 +330,19 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
       throw;
     }
   }
+  if (!readOnly && !missingIndexes(database, configuration.schema).empty()) {
+    // Decided again under the write lock; a file another process is
+    // indexing right now gets its index from that process.
+    // A store that cannot be indexed now (busy past the timeout, a full
+    // disk) is still read and written the same way, only slower.
+    try {
+      database.execute("BEGIN IMMEDIATE");
+      for (const auto& change : missingIndexes(database, configuration.schema)) database.execute(change);
+      database.execute("COMMIT");
+    } catch (const std::exception&) {
+      if (database.isInTransaction()) sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+  }
   return std::shared_ptr<ModelContainer>(
       new ModelContainer(std::move(configuration), std::move(url), std::move(database), readOnly));
 }
@@ -389,16 +419,24 @@ SQLiteStatement& ModelContainer::statement(EntityStore& store, Statement which) 
   return prepared;
 }
 
-SQLiteStatement& ModelContainer::selectColumns(EntityStore& store, std::initializer_list<std::string_view> names) {
+SQLiteStatement& ModelContainer::selectColumns(EntityStore& store, std::initializer_list<std::string_view> names,
+                                              const std::string& condition) {
   std::string columns;
   for (const std::string_view name : names) columns += (columns.empty() ? "" : ", ") + identifier(name);
-  for (auto& [list, statement] : store.selections) {
-    if (list == columns) return statement;
+  if (columns.empty()) columns = identifier(keyColumn);
+  std::string sql = "SELECT " + columns + " FROM " + identifier(store.description->name);
+  // The keys are chosen first, through an index where one helps, then read
+  // in key order: the order without a condition, and what the planner would
+  // otherwise keep by scanning the whole table.
+  if (!condition.empty()) {
+    sql += " WHERE " + identifier(keyColumn) + " IN (SELECT " + identifier(keyColumn) + " FROM " +
+           identifier(store.description->name) + " WHERE " + condition + ") ORDER BY " + identifier(keyColumn);
   }
-  SQLiteStatement statement =
-      database_.prepare("SELECT " + (columns.empty() ? identifier(keyColumn) : columns) + " FROM " +
-                        identifier(store.description->name));
-  return store.selections.emplace_back(std::move(columns), std::move(statement)).second;
+  for (auto& [text, statement] : store.selections) {
+    if (text == sql) return statement;
+  }
+  SQLiteStatement statement = database_.prepare(sql);
+  return store.selections.emplace_back(std::move(sql), std::move(statement)).second;
 }
 
 std::int64_t ModelContainer::dataVersion() {

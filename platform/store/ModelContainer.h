@@ -98,7 +98,7 @@ class ModelContainer {
     /// own commits leave `PRAGMA data_version` alone, so contexts on this
     /// container compare this count to notice each other's saves.
     std::uint64_t commitCount = 0;
-    /// Selections of some columns (see selectColumns), by their column list.
+    /// Selections of some columns (see selectColumns), by their SQL text.
     std::vector<std::pair<std::string, SQLiteStatement>> selections;
   };
 
@@ -117,8 +117,10 @@ class ModelContainer {
   /// command that only reads never pays for compiling the writes.
   SQLiteStatement& statement(EntityStore& store, Statement which);
   /// A statement that reads the named attributes of every row, in that
-  /// order; prepared once per list.
-  SQLiteStatement& selectColumns(EntityStore& store, std::initializer_list<std::string_view> names);
+  /// order, or of the rows that meet an SQL `condition` on the columns,
+  /// still by row key; prepared once per list and condition.
+  SQLiteStatement& selectColumns(EntityStore& store, std::initializer_list<std::string_view> names,
+                                 const std::string& condition = {});
   /// Changes whenever another connection commits to the file.
   std::int64_t dataVersion();
 

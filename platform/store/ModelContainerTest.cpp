@@ -15,6 +15,8 @@
 #include <string>
 
 #include "platform/store/ModelContext.h"
+#include "platform/store/SQLiteDatabase.h"
+#include "platform/store/SQLiteStatement.h"
 
 namespace quillmont {
 namespace {
@@ -234,8 +236,11 @@ TEST_F(ModelContainerTest, StoresThatCannotBeWrittenAreReadAndNeverChanged) {
     if (root && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) ::_exit(1);
     int problem = 0;
     try {
-      // A read-only folder: no log files can be made beside the store.
-      problem = readOnlyProblems(ModelContainer::open(configuration(Schema::of<Memo>("1"))));
+      // A read-only folder: no log files can be made beside the store, nor
+      // the index the schema asks for, which the store does without.
+      Schema indexed = Schema::of<Memo>("1");
+      indexed.indexes = {{"Memo", {"text"}}};
+      problem = readOnlyProblems(ModelContainer::open(configuration(indexed)));
       // An older store that would need new columns cannot be upgraded.
       if (problem == 0) {
         try {
@@ -260,6 +265,37 @@ TEST_F(ModelContainerTest, StoresThatCannotBeWrittenAreReadAndNeverChanged) {
   ::chmod(storePath().parent_path().c_str(), 0700);
   ::chmod(storePath().c_str(), 0600);
   EXPECT_EQ(contents(storePath()), before);
+}
+
+// An index is a lookup aid: a store gains it on opening, keeps its version,
+// its records and what undo can take back, and a second opening adds nothing.
+TEST_F(ModelContainerTest, IndexesAreAddedWithoutTouchingRecordsVersionOrUndo) {
+  {
+    ModelContext context(ModelContainer::open(configuration(Schema::of<Memo>("1"))));
+    context.setUndoAction("write");
+    context.insert(std::make_shared<Memo>("kept"));
+    context.save();
+  }
+  Schema indexed = Schema::of<Memo>("1");
+  indexed.indexes = {{"Memo", {"text", "id"}}};
+  const auto indexNames = [&] {
+    std::vector<std::string> names;
+    SQLiteDatabase database = SQLiteDatabase::openFile(storePath().string());
+    SQLiteStatement statement = database.prepare("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = 'Memo'");
+    while (statement.step()) names.push_back(statement.columnText(0));
+    return names;
+  };
+  EXPECT_TRUE(indexNames().empty());
+  auto container = ModelContainer::open(configuration(indexed));
+  EXPECT_EQ(indexNames(), std::vector<std::string>{"Memo.text.id"});
+  container = ModelContainer::open(configuration(indexed));
+  EXPECT_EQ(indexNames(), std::vector<std::string>{"Memo.text.id"});
+  EXPECT_EQ(container->metadata("schemaVersion"), "1");
+  ASSERT_TRUE(container->lastUndoableAction());
+  EXPECT_EQ(container->lastUndoableAction()->name, "write");
+  ModelContext context(container);
+  ASSERT_EQ(context.fetch<Memo>().size(), 1u);
+  EXPECT_EQ(context.fetch<Memo>()[0]->text(), "kept");
 }
 
 }  // namespace

@@ -29,6 +29,7 @@
 #include "platform/store/FetchDescriptor.h"
 #include "platform/store/ModelContainer.h"
 #include "platform/store/PersistentModel.h"
+#include "platform/store/RowFilter.h"
 #include "platform/store/SQLiteStatement.h"
 #include "platform/store/Schema.h"
 #include "platform/store/StoreError.h"
@@ -58,7 +59,14 @@ class ModelContext {
   /// summed up without an object per row. Throws StoreError like fetch, and
   /// for a name that is not an attribute of the type.
   template <class Model, class Visit>
-  void forEach(std::initializer_list<std::string_view> attributeNames, Visit visit);
+  void forEach(std::initializer_list<std::string_view> attributeNames, Visit visit) {
+    forEach<Model>(attributeNames, RowFilter{}, std::move(visit));
+  }
+  /// The same for the records that pass `filter` (see RowFilter), in the
+  /// same order as without it; the rows that fail are not read. Throws
+  /// StoreError for a filter on anything but a date attribute.
+  template <class Model, class Visit>
+  void forEach(std::initializer_list<std::string_view> attributeNames, const RowFilter& filter, Visit visit);
 
   /// Adds a new record to be saved; a record already inserted or saved is
   /// left alone, and inserting a record that waits for deletion keeps it.
@@ -171,6 +179,11 @@ class ModelContext {
 
   template <class Model>
   RecordTable<Model>& table();
+  /// The member behind an attribute name; throws StoreError for an unknown name.
+  template <class Model>
+  static typename Attribute<Model>::Member member(std::string_view name);
+  template <class Model>
+  static bool passes(const Model& record, const RowFilter& filter);
 
   std::shared_ptr<ModelContainer> container_;
   std::vector<std::unique_ptr<Entity>> entities_;
@@ -391,27 +404,56 @@ std::vector<std::shared_ptr<Model>> ModelContext::fetch(const FetchDescriptor<Mo
   return result;
 }
 
+template <class Model>
+typename Attribute<Model>::Member ModelContext::member(std::string_view name) {
+  const auto attributes = Model::attributes();
+  const auto found =
+      std::find_if(attributes.begin(), attributes.end(), [&](const auto& attribute) { return attribute.name == name; });
+  if (found == attributes.end()) {
+    throw StoreError(StoreError::Code::other, std::string(Model::entityName) + " has no attribute " + std::string(name));
+  }
+  return found->member;
+}
+
+template <class Model>
+bool ModelContext::passes(const Model& record, const RowFilter& filter) {
+  if (filter.empty()) return true;
+  return std::any_of(filter.anyOf.begin(), filter.anyOf.end(), [&](const auto& clause) {
+    return std::all_of(clause.begin(), clause.end(), [&](const RowFilter::Comparison& comparison) {
+      const auto found = member<Model>(comparison.attribute);
+      if (const auto* date = std::get_if<Date Model::*>(&found)) return comparison.holds(record.**date);
+      return comparison.holds(record.*std::get<std::optional<Date> Model::*>(found));  // checked by forEach
+    });
+  });
+}
+
 template <class Model, class Visit>
-void ModelContext::forEach(std::initializer_list<std::string_view> attributeNames, Visit visit) {
+void ModelContext::forEach(std::initializer_list<std::string_view> attributeNames, const RowFilter& filter,
+                           Visit visit) {
   RecordTable<Model>& records = table<Model>();
+  // Checked here, before SQL could take an unknown name for a text.
+  for (const auto& clause : filter.anyOf) {
+    for (const RowFilter::Comparison& comparison : clause) {
+      const auto found = member<Model>(comparison.attribute);
+      if (!std::holds_alternative<Date Model::*>(found) && !std::holds_alternative<std::optional<Date> Model::*>(found)) {
+        throw StoreError(StoreError::Code::other, std::string(Model::entityName) + "." +
+                                                      std::string(comparison.attribute) + " is not a date");
+      }
+    }
+  }
   if ((records.loaded && !records.isStale()) || records.hasChanges()) {
-    for (const auto& record : fetch<Model>()) visit(static_cast<const Model&>(*record));
+    for (const auto& record : fetch<Model>()) {
+      if (passes(*record, filter)) visit(static_cast<const Model&>(*record));
+    }
     return;
   }
-  const auto attributes = Model::attributes();
   std::vector<typename Attribute<Model>::Member> members;
   members.reserve(attributeNames.size());
-  for (const std::string_view name : attributeNames) {
-    const auto found = std::find_if(attributes.begin(), attributes.end(),
-                                    [&](const auto& attribute) { return attribute.name == name; });
-    if (found == attributes.end()) {
-      throw StoreError(StoreError::Code::other,
-                       std::string(Model::entityName) + " has no attribute " + std::string(name));
-    }
-    members.push_back(found->member);
-  }
-  SQLiteStatement& select = container_->selectColumns(records.store, attributeNames);
+  for (const std::string_view name : attributeNames) members.push_back(member<Model>(name));
+  SQLiteStatement& select = container_->selectColumns(records.store, attributeNames, filter.sql());
   SQLiteStatement::Scope scope(select);
+  int parameter = 0;
+  for (const Date value : filter.parameters()) select.bind(++parameter, value);
   Model scratch{PersistentModel::ForLoading{}};
   while (select.step()) {
     int column = 0;

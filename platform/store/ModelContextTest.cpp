@@ -365,6 +365,60 @@ TEST_F(ModelContextTest, ForEachVisitsWhatFetchWouldReturn) {
   EXPECT_THROW(reader.forEach<Task>({"colour"}, [](const Task&) {}), StoreError);
 }
 
+// A filtered read picks the same records as the same test in memory, in row
+// order, whether SQL reads them (through an index that orders them
+// differently) or the context holds them, with pending changes too.
+TEST_F(ModelContextTest, ForEachWithAFilterVisitsThePassingRecordsInRowOrder) {
+  auto indexed = configuration();
+  indexed.schema.indexes = {{"Task", {"dueAt"}}};
+  ModelContext writer(ModelContainer::open(indexed));
+  // Due dates out of row order, equal to the bounds, absent, and infinite.
+  const std::vector<std::optional<Date>> dues{Date(19),  Date(10), std::nullopt, Date(30), Date(20),
+                                              Date(9.5), Date(15), Date(-std::numeric_limits<double>::infinity()), std::nullopt, Date(std::numeric_limits<double>::infinity())};
+  Tasks saved;
+  for (std::size_t i = 0; i < dues.size(); ++i) {
+    saved.push_back(std::make_shared<Task>("t" + std::to_string(i), 0, dues[i]));
+    writer.insert(saved.back());
+  }
+  writer.save();
+
+  using Op = RowFilter::Op;
+  const RowFilter filter = RowFilter::allOf({{"dueAt", Op::isNull, {}}})
+                               .orElse(RowFilter::allOf({{"dueAt", Op::greaterOrEqual, Date(10)},
+                                                         {"dueAt", Op::less, Date(20)},
+                                                         {"createdAt", Op::lessOrEqual, Date(1000.25)}}));
+  const auto expected = [](const Tasks& tasks) {
+    std::vector<std::string> names;
+    for (const auto& task : tasks) {
+      const auto due = task->dueAt();
+      if (!due || (*due >= Date(10) && *due < Date(20))) names.push_back(task->title());
+    }
+    return names;
+  };
+  const auto visited = [&](ModelContext& context) {
+    std::vector<std::string> names;
+    context.forEach<Task>({"title", "dueAt"}, filter, [&](const Task& task) { names.push_back(task.title()); });
+    return names;
+  };
+  ASSERT_EQ(expected(saved), (std::vector<std::string>{"t0", "t1", "t2", "t6", "t8"}));
+
+  ModelContext reader(writer.container());
+  EXPECT_EQ(visited(reader), expected(saved)) << "read by SQL";
+  EXPECT_EQ(visited(writer), expected(saved)) << "held in memory";
+
+  // A pending insert that passes, a pending deletion of one that would.
+  auto late = std::make_shared<Task>("late", 0, Date(12));
+  writer.insert(late);
+  writer.deleteRecord(saved[1]);
+  EXPECT_EQ(visited(writer), (std::vector<std::string>{"t0", "t2", "t6", "t8", "late"}));
+
+  // Only known date attributes, in any clause.
+  const RowFilter onPriority = filter.orElse(RowFilter::allOf({{"priority", Op::less, Date(1)}}));
+  const RowFilter onColour = filter.orElse(RowFilter::allOf({{"colour", Op::less, Date(1)}}));
+  EXPECT_THROW(reader.forEach<Task>({"title"}, onPriority, [](const Task&) {}), StoreError);
+  EXPECT_THROW(writer.forEach<Task>({"title"}, onColour, [](const Task&) {}), StoreError);
+}
+
 // Observers run inside the save's transaction: what they write commits with
 // the save, and when they throw the save fails as a whole.
 TEST_F(ModelContextTest, SaveObserversShareTheSavesTransaction) {

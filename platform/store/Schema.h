@@ -45,14 +45,30 @@ AttributeType attributeType(const typename Attribute<Model>::Member& member) {
   return types[member.index()];
 }
 
+/// An index the store keeps on some columns of one record type: a lookup
+/// aid only, so it changes neither the version nor what an older program
+/// sees, and a store that cannot be written does without it.
+struct IndexDescription {
+  std::string entity;
+  std::vector<std::string> columns;
+
+  /// The index's name in the file: entity and columns, joined by dots.
+  std::string name() const {
+    std::string text = entity;
+    for (const auto& column : columns) text += '.' + column;
+    return text;
+  }
+};
+
 struct Schema {
   std::string version;
   std::vector<EntityDescription> entities;
+  std::vector<IndexDescription> indexes;
 
   /// The schema of record classes that each offer `entityName` and `attributes()`.
   template <class... Models>
   static Schema of(std::string version) {
-    Schema schema{std::move(version), {}};
+    Schema schema{std::move(version), {}, {}};
     (schema.entities.push_back(describe<Models>()), ...);
     return schema;
   }

@@ -14,10 +14,8 @@
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/engine/TimeBankCalculator.h"
+#include "core/engine/PeriodBalances.h"
 #include "core/ledger/BalanceAdjustment.h"
-#include "core/ledger/WorkEntry.h"
-#include "core/ledger/WorkSchedule.h"
 #include "core/reports/TimeBankReporting.h"
 #include "platform/foundation/Text.h"
 
@@ -51,10 +49,8 @@ enum class Span { week, month, year, days };
 // is earlier, cut to the interval.
 TimeBankReport reportOver(StoreSession& session, const DateInterval& interval) {
   const Date through = std::min(interval.end(), session.now());
-  ModelContext& context = session.context();
-  const auto days = TimeBankCalculator::dayBalances(context.fetch<WorkEntry>(), context.fetch<BalanceAdjustment>(),
-                                                    context.fetch<WorkSchedule>(), session.settings(), through,
-                                                    session.calendar());
+  const auto days =
+      PeriodBalances::read(session.context(), session.settings(), interval.start, through, session.calendar());
   return TimeBankReporting::report(days, interval);
 }
 
@@ -151,16 +147,37 @@ struct CategoryTotal {
 };
 
 std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankReport& report) {
-  std::vector<CategoryTotal> totals;
+  // The period's bookings only, in the order of their dates, then their
+  // identifiers, then their rows.
+  struct Booking {
+    Date date;
+    UUID id;
+    std::int64_t minutes;
+    std::string title;
+    std::string kind;
+  };
   const Date through = std::min(report.interval.end(), session.now());
-  for (const auto& booking :
-       session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
-    if (booking->date() < report.interval.start || booking->date() > through || booking->minutes() == 0) continue;
-    const std::string title = booking->category().title;
-    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == title; });
-    if (found == totals.end()) found = totals.insert(totals.end(), {title, booking->kindRawValue()});
+  using Op = RowFilter::Op;
+  const RowFilter inPeriod =
+      RowFilter::allOf({{"date", Op::greaterOrEqual, report.interval.start}, {"date", Op::lessOrEqual, through}});
+  std::vector<Booking> bookings;
+  session.context().forEach<BalanceAdjustment>(
+      {"date", "id", "minutes", "kindRawValue"}, inPeriod, [&](const BalanceAdjustment& booking) {
+        if (booking.minutes() == 0) return;
+        bookings.push_back({booking.date(), booking.id(), booking.minutes(), booking.category().title,
+                            booking.kindRawValue()});
+      });
+  std::stable_sort(bookings.begin(), bookings.end(), [](const Booking& a, const Booking& b) {
+    if (const auto order = a.date <=> b.date; order != 0) return order < 0;
+    return a.id < b.id;
+  });
+
+  std::vector<CategoryTotal> totals;
+  for (const Booking& booking : bookings) {
+    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == booking.title; });
+    if (found == totals.end()) found = totals.insert(totals.end(), {booking.title, booking.kind});
     ++found->count;
-    found->seconds += static_cast<double>(booking->minutes()) * 60.0;
+    found->seconds += static_cast<double>(booking.minutes) * 60.0;
   }
   return totals;
 }

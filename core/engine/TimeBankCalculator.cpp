@@ -384,17 +384,27 @@ TimeInterval workedSeconds(const WorkEntry& entry, const DateInterval& during, D
 
 std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Schedules schedules,
                                     const TimeBankSettings& settings, Date through, const Calendar& calendar) {
+  const auto intervals = detail::observedIntervals(entries, through);
+  std::vector<BookedMinutes> bookings;
+  bookings.reserve(adjustments.size());
+  for (const auto& adjustment : adjustments) bookings.push_back({adjustment->date(), adjustment->minutes()});
+  return dayBalancesFrom(intervals, bookings, schedules, settings, through, calendar);
+}
+
+std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
+                                        std::span<const BookedMinutes> bookings, Schedules schedules,
+                                    const TimeBankSettings& settings, Date through, const Calendar& calendar) {
   const Date earliest = TimeBankDateBounds::earliestCalculationDate(calendar);
   const Date calculationStart = settings.calculationStartDate() > earliest ? settings.calculationStartDate() : earliest;
   const DayGrid grid = DayGrid::covering(calendar, calculationStart, through);
   if (grid.empty()) return {};
 
-  const auto intervals = detail::observedIntervals(entries, through);
   const auto worked = detail::workedSecondsOnDays(intervals, detail::clusteringOrder(intervals), grid);
 
+  // Whole minutes times 60: the sums are exact in any order.
   std::vector<TimeInterval> adjusted(grid.size(), 0.0);
-  for (const auto& adjustment : adjustments) {
-    if (const auto day = grid.dayContaining(adjustment->date())) adjusted[*day] += seconds(adjustment->minutes());
+  for (const BookedMinutes& booking : bookings) {
+    if (const auto day = grid.dayContaining(booking.date)) adjusted[*day] += seconds(booking.minutes);
   }
 
   const GoverningSchedules governing = governingSchedules(schedules, grid, calendar);

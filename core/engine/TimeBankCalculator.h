@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "core/engine/DayBalance.h"
+#include "core/engine/WorkIntervals.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
@@ -47,6 +48,22 @@ TimeInterval workedSeconds(const WorkEntry& entry, const DateInterval& during, D
 /// calculation starts after the day of `through`, or when the calendar cannot
 /// place `through` (not finite).
 std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Schedules schedules,
+                                    const TimeBankSettings& settings, Date through, const Calendar& calendar);
+
+/// One booking as a day balance reads it: when, and how many minutes.
+struct BookedMinutes {
+  Date date;
+  std::int64_t minutes = 0;
+};
+
+/// dayBalances() from what it reads of the records: the entries' observed
+/// intervals through `through` (detail::observedInterval) and the bookings'
+/// dates and minutes, each in any order. A day comes out exactly as from
+/// every record when the intervals include every interval of each cluster
+/// (intervals connected by overlap or touch) that reaches into the day, and
+/// the bookings every booking of the day; other days are then incomplete.
+std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
+                                        std::span<const BookedMinutes> bookings, Schedules schedules,
                                     const TimeBankSettings& settings, Date through, const Calendar& calendar);
 
 /// The starting balance plus the balances of all dayBalances(), in seconds.

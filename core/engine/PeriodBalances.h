@@ -1,0 +1,26 @@
+// PeriodBalances: the day balances of a stretch of days read from the store
+// without reading the whole store. A report of one week of ten years needs
+// the work that reaches into that week (with whatever work overlaps it in a
+// chain, since a break is spread over such a chain as a whole), the bookings
+// dated in it and the schedules; PeriodBalances reads only those rows,
+// through the store's indexes, and gives those days exactly the balances
+// TimeBankCalculator::dayBalances gives them from every record.
+#pragma once
+
+#include <vector>
+
+#include "core/engine/DayBalance.h"
+#include "core/ledger/TimeBankSettings.h"
+#include "platform/foundation/Calendar.h"
+#include "platform/foundation/Date.h"
+#include "platform/store/ModelContext.h"
+
+namespace quillmont::PeriodBalances {
+
+/// The balances of the days from the day of `from` through the day of
+/// `through`, as TimeBankCalculator::dayBalances over every record of
+/// `context` through `through` has them (the days before `from` left out).
+std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& settings, Date from, Date through,
+                             const Calendar& calendar);
+
+}  // namespace quillmont::PeriodBalances

@@ -111,16 +111,21 @@ struct Listing {
 
 Listing listing(StoreSession& session, const DateInterval& interval) {
   Listing result;
+  // Two columns of the earlier bookings; whole minutes times 60 sum exactly
+  // in any order.
   result.before = static_cast<double>(session.settings().startingBalanceMinutes()) * 60.0;
-  for (auto& adjustment :
-       session.context().fetch<BalanceAdjustment>({{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
-    const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
-    if (adjustment->date() < interval.start) {
-      result.before += seconds;
-    } else if (adjustment->date() < interval.end() && !ManualLedgerMigration::isCarryover(*adjustment)) {
-      result.total += seconds;
-      result.bookings.push_back(std::move(adjustment));
-    }
+  session.context().forEach<BalanceAdjustment>({"date", "minutes"}, [&](const BalanceAdjustment& adjustment) {
+    if (adjustment.date() < interval.start) result.before += static_cast<double>(adjustment.minutes()) * 60.0;
+  });
+  // The listed ones whole, and only those.
+  using Op = RowFilter::Op;
+  const RowFilter inside =
+      RowFilter::allOf({{"date", Op::greaterOrEqual, interval.start}, {"date", Op::less, interval.end()}});
+  for (auto& adjustment : session.context().fetch<BalanceAdjustment>(
+           inside, {{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
+    if (ManualLedgerMigration::isCarryover(*adjustment)) continue;
+    result.total += static_cast<double>(adjustment->minutes()) * 60.0;
+    result.bookings.push_back(std::move(adjustment));
   }
   return result;
 }

@@ -13,7 +13,8 @@ FetchDescriptor<WorkEntry> runningEntries() {
 }  // namespace
 
 std::shared_ptr<WorkEntry> reconcileRunningEntries(ModelContext& context, Date at, bool saveChanges) {
-  const auto running = context.fetch(runningEntries());
+  // Only the rows without an end are read.
+  const auto running = context.fetch(RowFilter::allOf({{"endedAt", RowFilter::Op::isNull, {}}}), runningEntries());
   if (running.empty()) return nullptr;
   const auto& kept = running.front();
   bool changed = false;

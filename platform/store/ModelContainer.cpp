@@ -423,14 +423,24 @@ SQLiteStatement& ModelContainer::selectColumns(EntityStore& store, std::initiali
                                               const std::string& condition) {
   std::string columns;
   for (const std::string_view name : names) columns += (columns.empty() ? "" : ", ") + identifier(name);
-  if (columns.empty()) columns = identifier(keyColumn);
-  std::string sql = "SELECT " + columns + " FROM " + identifier(store.description->name);
+  return selection(store, columns.empty() ? identifier(keyColumn) : columns, condition);
+}
+
+SQLiteStatement& ModelContainer::selectRows(EntityStore& store, const std::string& condition) {
+  std::string columns = identifier(keyColumn);
+  for (const auto& attribute : store.description->attributes) columns += ", " + identifier(attribute.name);
+  return selection(store, columns, condition);
+}
+
+SQLiteStatement& ModelContainer::selection(EntityStore& store, const std::string& columns, const std::string& condition) {
+  const std::string table = identifier(store.description->name);
+  std::string sql = "SELECT " + columns + " FROM " + table;
   // The keys are chosen first, through an index where one helps, then read
   // in key order: the order without a condition, and what the planner would
   // otherwise keep by scanning the whole table.
   if (!condition.empty()) {
-    sql += " WHERE " + identifier(keyColumn) + " IN (SELECT " + identifier(keyColumn) + " FROM " +
-           identifier(store.description->name) + " WHERE " + condition + ") ORDER BY " + identifier(keyColumn);
+    const std::string key = identifier(keyColumn);
+    sql += " WHERE " + key + " IN (SELECT " + key + " FROM " + table + " WHERE " + condition + ") ORDER BY " + key;
   }
   for (auto& [text, statement] : store.selections) {
     if (text == sql) return statement;

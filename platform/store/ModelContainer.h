@@ -121,6 +121,13 @@ class ModelContainer {
   /// still by row key; prepared once per list and condition.
   SQLiteStatement& selectColumns(EntityStore& store, std::initializer_list<std::string_view> names,
                                  const std::string& condition = {});
+  /// A statement that reads the row key and every attribute, as the
+  /// select-all statement does, of the rows that meet an SQL `condition`,
+  /// by row key; prepared once per condition.
+  SQLiteStatement& selectRows(EntityStore& store, const std::string& condition);
+  /// The statement `SELECT columns FROM` the table, of the rows that meet
+  /// `condition` (all when empty), cached by its text.
+  SQLiteStatement& selection(EntityStore& store, const std::string& columns, const std::string& condition);
   /// Changes whenever another connection commits to the file.
   std::int64_t dataVersion();
 

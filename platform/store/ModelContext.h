@@ -51,6 +51,13 @@ class ModelContext {
   /// order they were inserted. Throws StoreError when the table cannot be read.
   template <class Model>
   std::vector<std::shared_ptr<Model>> fetch(const FetchDescriptor<Model>& descriptor = {});
+  /// The same for the records that pass `rows` (see RowFilter) as well. A
+  /// table this context has not loaded, and holds no changes of, yields only
+  /// the rows that pass, read whole and kept (the same object for the same
+  /// row, as ever), so that they can be changed and saved like any record.
+  /// Throws StoreError for a filter on anything but a date attribute.
+  template <class Model>
+  std::vector<std::shared_ptr<Model>> fetch(const RowFilter& rows, const FetchDescriptor<Model>& descriptor = {});
 
   /// Calls `visit(const Model&)` for every record `fetch()` would return,
   /// in no particular order, with only the named attributes certain to be
@@ -184,6 +191,12 @@ class ModelContext {
   static typename Attribute<Model>::Member member(std::string_view name);
   template <class Model>
   static bool passes(const Model& record, const RowFilter& filter);
+  /// Throws StoreError unless every comparison names a date attribute.
+  template <class Model>
+  static void checkFilter(const RowFilter& filter);
+  /// Stable sort by the descriptor's keys.
+  template <class Model>
+  static void sort(std::vector<std::shared_ptr<Model>>& records, const FetchDescriptor<Model>& descriptor);
 
   std::shared_ptr<ModelContainer> container_;
   std::vector<std::unique_ptr<Entity>> entities_;
@@ -239,6 +252,37 @@ class ModelContext::RecordTable final : public Entity {
     loaded = true;
     loadedDataVersion = dataVersion;
     loadedCommitCount = commitCount;
+  }
+
+  /// Reads the rows that pass `filter`, in row-key order, into `rows`:
+  /// rows already held keep their objects and get the stored values. The
+  /// table stays unloaded, so a later fetch of everything reads it all.
+  /// Only for a table without changes.
+  std::vector<Record> loadSome(const RowFilter& filter) {
+    std::vector<std::string_view> names;
+    for (const auto& attribute : Model::attributes()) names.push_back(attribute.name);
+    SQLiteStatement& select = owner.selectRows(store, filter.sql());
+    SQLiteStatement::Scope scope(select);
+    int parameter = 0;
+    for (const Date value : filter.parameters()) select.bind(++parameter, value);
+    std::vector<Record> found;
+    while (select.step()) {
+      const std::int64_t key = select.columnInt64(0);
+      const auto held = std::lower_bound(rows.begin(), rows.end(), key, [](const Record& record, std::int64_t value) {
+        return state(*record).persistentIdentifier_ < value;
+      });
+      if (held != rows.end() && state(**held).persistentIdentifier_ == key) {
+        readAttributes(select, **held);
+        found.push_back(*held);
+      } else {
+        auto record = std::make_shared<Model>(PersistentModel::ForLoading{});
+        readAttributes(select, *record);
+        state(*record).persistentIdentifier_ = key;
+        rows.insert(held, record);
+        found.push_back(std::move(record));
+      }
+    }
+    return found;
   }
 
   bool hasChanges() const override {
@@ -393,14 +437,33 @@ std::vector<std::shared_ptr<Model>> ModelContext::fetch(const FetchDescriptor<Mo
   for (const auto& record : records.inserted) {
     if (!predicate || predicate(*record)) result.push_back(record);
   }
-  if (!descriptor.sortBy.empty()) {
-    std::stable_sort(result.begin(), result.end(), [&](const auto& a, const auto& b) {
-      for (const auto& key : descriptor.sortBy) {
-        if (const int order = key.compare(*a, *b); order != 0) return order < 0;
-      }
-      return false;
-    });
+  sort(result, descriptor);
+  return result;
+}
+
+template <class Model>
+void ModelContext::sort(std::vector<std::shared_ptr<Model>>& records, const FetchDescriptor<Model>& descriptor) {
+  if (descriptor.sortBy.empty()) return;
+  std::stable_sort(records.begin(), records.end(), [&](const auto& a, const auto& b) {
+    for (const auto& key : descriptor.sortBy) {
+      if (const int order = key.compare(*a, *b); order != 0) return order < 0;
+    }
+    return false;
+  });
+}
+
+template <class Model>
+std::vector<std::shared_ptr<Model>> ModelContext::fetch(const RowFilter& rows, const FetchDescriptor<Model>& descriptor) {
+  checkFilter<Model>(rows);
+  RecordTable<Model>& records = table<Model>();
+  if (rows.empty() || (records.loaded && !records.isStale()) || records.hasChanges()) {
+    auto result = fetch<Model>(descriptor);
+    std::erase_if(result, [&](const auto& record) { return !passes(*record, rows); });
+    return result;
   }
+  auto result = records.loadSome(rows);
+  if (descriptor.predicate) std::erase_if(result, [&](const auto& record) { return !descriptor.predicate(*record); });
+  sort(result, descriptor);
   return result;
 }
 
@@ -427,11 +490,9 @@ bool ModelContext::passes(const Model& record, const RowFilter& filter) {
   });
 }
 
-template <class Model, class Visit>
-void ModelContext::forEach(std::initializer_list<std::string_view> attributeNames, const RowFilter& filter,
-                           Visit visit) {
-  RecordTable<Model>& records = table<Model>();
-  // Checked here, before SQL could take an unknown name for a text.
+template <class Model>
+void ModelContext::checkFilter(const RowFilter& filter) {
+  // Before SQL could take an unknown name for a text.
   for (const auto& clause : filter.anyOf) {
     for (const RowFilter::Comparison& comparison : clause) {
       const auto found = member<Model>(comparison.attribute);
@@ -441,6 +502,13 @@ void ModelContext::forEach(std::initializer_list<std::string_view> attributeName
       }
     }
   }
+}
+
+template <class Model, class Visit>
+void ModelContext::forEach(std::initializer_list<std::string_view> attributeNames, const RowFilter& filter,
+                           Visit visit) {
+  RecordTable<Model>& records = table<Model>();
+  checkFilter<Model>(filter);
   if ((records.loaded && !records.isStale()) || records.hasChanges()) {
     for (const auto& record : fetch<Model>()) {
       if (passes(*record, filter)) visit(static_cast<const Model&>(*record));

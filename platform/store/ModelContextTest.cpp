@@ -367,8 +367,9 @@ TEST_F(ModelContextTest, ForEachVisitsWhatFetchWouldReturn) {
 
 // A filtered read picks the same records as the same test in memory, in row
 // order, whether SQL reads them (through an index that orders them
-// differently) or the context holds them, with pending changes too.
-TEST_F(ModelContextTest, ForEachWithAFilterVisitsThePassingRecordsInRowOrder) {
+// differently) or the context holds them, with pending changes too; a
+// filtered fetch keeps the records it reads as a full fetch would.
+TEST_F(ModelContextTest, AFilteredReadHandsOutThePassingRecordsInRowOrder) {
   auto indexed = configuration();
   indexed.schema.indexes = {{"Task", {"dueAt"}}};
   ModelContext writer(ModelContainer::open(indexed));
@@ -411,6 +412,28 @@ TEST_F(ModelContextTest, ForEachWithAFilterVisitsThePassingRecordsInRowOrder) {
   writer.insert(late);
   writer.deleteRecord(saved[1]);
   EXPECT_EQ(visited(writer), (std::vector<std::string>{"t0", "t2", "t6", "t8", "late"}));
+
+  // Whole records of the passing rows: the same objects a full fetch gives
+  // later, and saved like any other when changed.
+  ModelContext partial(writer.container());
+  const Tasks some = partial.fetch<Task>(filter, {{}, {{&Task::title, SortOrder::reverse}}});
+  ASSERT_EQ(titles(some), (std::vector<std::string>{"t8", "t6", "t2", "t1", "t0"}));
+  some[1]->setPriority(6);
+  partial.save();
+  const Tasks all = partial.fetch<Task>();
+  ASSERT_EQ(all.size(), dues.size());
+  EXPECT_EQ(all[6], some[1]);
+  EXPECT_EQ(all[0], some[4]);
+  ModelContext elsewhere(writer.container());
+  EXPECT_EQ(elsewhere.fetch<Task>()[6]->priority(), 6);
+  // A row another context deleted is not handed out again.
+  elsewhere.deleteRecord(elsewhere.fetch<Task>()[0]);
+  elsewhere.save();
+  ASSERT_EQ(titles(partial.fetch<Task>(filter)), (std::vector<std::string>{"t1", "t2", "t6", "t8"}));
+  ModelContext again(writer.container());
+  EXPECT_EQ(titles(again.fetch<Task>(RowFilter::allOf({{"dueAt", Op::greater, Date(15)}}))),
+            (std::vector<std::string>{"t3", "t4", "t9"}));
+  EXPECT_EQ(titles(again.fetch<Task>()), (std::vector<std::string>{"t1", "t2", "t3", "t4", "t5", "t6", "t7", "t8", "t9"}));
 
   // Only known date attributes, in any clause.
   const RowFilter onPriority = filter.orElse(RowFilter::allOf({{"priority", Op::less, Date(1)}}));

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 namespace quillmont::Text {
@@ -115,12 +116,37 @@ std::size_t characterCount(std::string_view text) {
   return count;
 }
 
+namespace {
+
+// The width of text made only of printable ASCII and the symbols tables
+// and amounts use (U+2026 …, U+2212 −, box drawing and blocks U+2500 to
+// U+259F): each is a cluster of its own (none extends or joins another) one
+// column wide. Nothing for any other text.
+std::optional<std::size_t> simpleWidth(std::string_view text) {
+  std::size_t width = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x80) {
+      if (byte < 0x20 || byte == 0x7f) return std::nullopt;
+      ++at;
+    } else {
+      const UChar32 c = nextScalar(text, at);
+      if (!(c == 0x2026 || c == 0x2212 || (c >= 0x2500 && c <= 0x259f))) return std::nullopt;
+    }
+    ++width;
+  }
+  return width;
+}
+
+}  // namespace
+
 std::size_t displayWidth(std::string_view text) {
   if (isASCII(text)) {
     std::size_t width = 0;
     for (const char c : text) width += c >= 0x20 && c != 0x7f;
     return width;
   }
+  if (const auto width = simpleWidth(text)) return *width;
   ClusterEnds ends(text);
   std::size_t width = 0;
   std::size_t start = 0;

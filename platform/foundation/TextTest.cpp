@@ -49,6 +49,24 @@ TEST(Text, DisplayWidthCountsTerminalColumns) {
   EXPECT_EQ(Text::displayWidth("\u2212" "0:15"), 5u);           // the minus sign is narrow
   EXPECT_EQ(Text::displayWidth("a\u200Bb"), 2u);                // zero-width space
   EXPECT_EQ(Text::displayWidth(std::string("\xff") + "a"), 2u);  // ill-formed: one replacement character
+  EXPECT_EQ(Text::displayWidth("\u2588\u0301\u2502"), 2u);       // an accent on a block stays with it
+  EXPECT_EQ(Text::displayWidth("\u2212" "1\t"), 2u);              // a tab takes no column
+}
+
+// Tables are mostly ASCII, minus signs, ellipses and bars, which are counted
+// without breaking the text into clusters; every such symbol must count as
+// the full rules count it (the accent after it sends the text down that path).
+TEST(Text, TheSymbolsOfTablesAreOneColumnEachAsTheFullRulesSay) {
+  std::vector<char32_t> symbols{0x2026, 0x2212};
+  for (char32_t c = 0x2500; c <= 0x259f; ++c) symbols.push_back(c);
+  for (const char32_t c : symbols) {
+    std::string symbol;
+    symbol += static_cast<char>(0xE0 | (c >> 12));
+    symbol += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    symbol += static_cast<char>(0x80 | (c & 0x3F));
+    EXPECT_EQ(Text::displayWidth(symbol + "x" + eAcute), 3u) << std::hex << static_cast<unsigned>(c);
+    EXPECT_EQ(Text::displayWidth(symbol + "x" + symbol), 3u) << std::hex << static_cast<unsigned>(c);
+  }
 }
 
 TEST(Text, PrefixCutsBetweenCharacters) {

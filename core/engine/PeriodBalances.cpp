@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
 
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/BalanceAdjustment.h"
@@ -14,16 +15,24 @@ namespace {
 using Op = RowFilter::Op;
 using TimeBankCalculator::detail::ObservedWorkInterval;
 
-// The observed intervals of every entry whose interval, cut at `through`,
-// ends at or after `from` and starts by `through`; running ones included.
-std::vector<ObservedWorkInterval> intervalsReaching(ModelContext& context, Date from, Date through) {
-  const RowFilter reaching = RowFilter::allOf({{"endedAt", Op::greaterOrEqual, from}, {"startedAt", Op::lessOrEqual, through}})
-                                 .orElse(RowFilter::allOf({{"endedAt", Op::isNull, {}}, {"startedAt", Op::lessOrEqual, through}}));
-  std::vector<ObservedWorkInterval> intervals;
-  context.forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, reaching, [&](const WorkEntry& entry) {
-    if (auto interval = TimeBankCalculator::detail::observedInterval(entry, through)) intervals.push_back(*interval);
+/// About a year: over a longer stretch, reading every entry in row order
+/// costs less than choosing most of them through the index.
+constexpr TimeInterval longStretch = 370 * 86400.0;
+
+// The observed intervals through `through` of the entries that `filter` passes.
+std::vector<ObservedWorkInterval> intervals(ModelContext& context, const RowFilter& filter, Date through) {
+  std::vector<ObservedWorkInterval> found;
+  context.forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, filter, [&](const WorkEntry& entry) {
+    if (auto interval = TimeBankCalculator::detail::observedInterval(entry, through)) found.push_back(*interval);
   });
-  return intervals;
+  return found;
+}
+
+// Every entry whose interval, cut at `through`, ends at or after `from` and
+// starts by `through`; running ones included.
+RowFilter reaching(Date from, Date through) {
+  return RowFilter::allOf({{"endedAt", Op::greaterOrEqual, from}, {"startedAt", Op::lessOrEqual, through}})
+      .orElse(RowFilter::allOf({{"endedAt", Op::isNull, {}}, {"startedAt", Op::lessOrEqual, through}}));
 }
 
 }  // namespace
@@ -35,14 +44,19 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
   // Intervals join a cluster when they overlap or touch, and a cluster's
   // break is spread over all of it: widen the start until no interval read
   // begins before it, so every cluster that reaches the first day is whole.
-  Date reach = firstDay;
-  std::vector<ObservedWorkInterval> intervals = intervalsReaching(context, reach, through);
-  while (true) {
-    Date earliest = reach;
-    for (const ObservedWorkInterval& interval : intervals) earliest = std::min(earliest, interval.start);
-    if (!(earliest < reach)) break;
-    reach = earliest;
-    intervals = intervalsReaching(context, reach, through);
+  std::vector<ObservedWorkInterval> work;
+  if (through - firstDay > longStretch) {
+    work = intervals(context, RowFilter{}, through);
+  } else {
+    Date reach = firstDay;
+    work = intervals(context, reaching(reach, through), through);
+    while (true) {
+      Date earliest = reach;
+      for (const ObservedWorkInterval& interval : work) earliest = std::min(earliest, interval.start);
+      if (!(earliest < reach)) break;
+      reach = earliest;
+      work = intervals(context, reaching(reach, through), through);
+    }
   }
 
   // Bookings count by day, through the last day of `through`.
@@ -54,8 +68,8 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
     bookings.push_back({booking.date(), booking.minutes()});
   });
 
-  std::vector<DayBalance> days = TimeBankCalculator::dayBalancesFrom(intervals, bookings, context.fetch<WorkSchedule>(),
-                                                                 settings, through, calendar);
+  std::vector<DayBalance> days = TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(),
+                                                                     settings, through, calendar);
   std::erase_if(days, [&](const DayBalance& day) { return day.date < firstDay; });
   return days;
 }

@@ -259,8 +259,6 @@ class ModelContext::RecordTable final : public Entity {
   /// table stays unloaded, so a later fetch of everything reads it all.
   /// Only for a table without changes.
   std::vector<Record> loadSome(const RowFilter& filter) {
-    std::vector<std::string_view> names;
-    for (const auto& attribute : Model::attributes()) names.push_back(attribute.name);
     SQLiteStatement& select = owner.selectRows(store, filter.sql());
     SQLiteStatement::Scope scope(select);
     int parameter = 0;

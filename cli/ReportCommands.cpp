@@ -147,37 +147,19 @@ struct CategoryTotal {
 };
 
 std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankReport& report) {
-  // The period's bookings only, in the order of their dates, then their
-  // identifiers, then their rows.
-  struct Booking {
-    Date date;
-    UUID id;
-    std::int64_t minutes;
-    std::string title;
-    std::string kind;
-  };
+  std::vector<CategoryTotal> totals;
   const Date through = std::min(report.interval.end(), session.now());
   using Op = RowFilter::Op;
   const RowFilter inPeriod =
       RowFilter::allOf({{"date", Op::greaterOrEqual, report.interval.start}, {"date", Op::lessOrEqual, through}});
-  std::vector<Booking> bookings;
-  session.context().forEach<BalanceAdjustment>(
-      {"date", "id", "minutes", "kindRawValue"}, inPeriod, [&](const BalanceAdjustment& booking) {
-        if (booking.minutes() == 0) return;
-        bookings.push_back({booking.date(), booking.id(), booking.minutes(), booking.category().title,
-                            booking.kindRawValue()});
-      });
-  std::stable_sort(bookings.begin(), bookings.end(), [](const Booking& a, const Booking& b) {
-    if (const auto order = a.date <=> b.date; order != 0) return order < 0;
-    return a.id < b.id;
-  });
-
-  std::vector<CategoryTotal> totals;
-  for (const Booking& booking : bookings) {
-    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == booking.title; });
-    if (found == totals.end()) found = totals.insert(totals.end(), {booking.title, booking.kind});
+  for (const auto& booking : session.context().fetch<BalanceAdjustment>(
+           inPeriod, {{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
+    if (booking->minutes() == 0) continue;
+    const std::string title = booking->category().title;
+    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == title; });
+    if (found == totals.end()) found = totals.insert(totals.end(), {title, booking->kindRawValue()});
     ++found->count;
-    found->seconds += static_cast<double>(booking.minutes) * 60.0;
+    found->seconds += static_cast<double>(booking->minutes()) * 60.0;
   }
   return totals;
 }

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <tuple>
 
+#include "core/engine/LedgerTotal.h"
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/engine/RecordChoice.h"
 #include "core/engine/StoredDayStart.h"
@@ -314,6 +315,8 @@ void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
   if (saveChanges) {
     PassRecord<WorkEntry>::keepCurrent(context, now, entryInOrder);
     PassRecord<BalanceAdjustment>::keepCurrent(context, now, adjustmentInOrder);
+    // Every writer passes here first, so the ledger's recorded total follows its bookings too.
+    LedgerTotal::keepCurrent(context);
   }
   if (saveChanges && (entriesChanged || adjustmentsChanged)) context.save();
   // A pass that repaired a type raised its generation; the next pass finds

@@ -110,14 +110,15 @@ class ModelContext {
   }
 
   /// What a save observer is told: the type's generation before and after
-  /// the save, the records of the type it inserted or changed, and those it
-  /// deleted.
+  /// the save, the records of the type it inserted or changed (the inserted
+  /// ones first, `inserted` of them), and those it deleted.
   template <class Model>
   struct SavedRecords {
     std::int64_t previousGeneration = 0;
     std::int64_t generation = 0;
     std::vector<const Model*> written;
     std::vector<const Model*> deleted;
+    std::size_t inserted = 0;
   };
 
   /// Calls `observer` inside the transaction of every later save of this
@@ -364,7 +365,7 @@ class ModelContext::RecordTable final : public Entity {
   bool isObserved() const override { return !observers.empty(); }
 
   void notifyObserver(std::int64_t previousGeneration, std::int64_t generation) override {
-    SavedRecords<Model> saved{previousGeneration, generation, {}, {}};
+    SavedRecords<Model> saved{previousGeneration, generation, {}, {}, inserted.size()};
     saved.written.reserve(inserted.size());
     for (const Record& record : inserted) saved.written.push_back(record.get());
     for (const Record& record : rows) {

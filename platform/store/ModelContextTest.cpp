@@ -456,6 +456,7 @@ TEST_F(ModelContextTest, SaveObserversShareTheSavesTransaction) {
     EXPECT_EQ(records.generation, before + 1);
     for (const Task* task : records.written) written.push_back(task->title());
     for (const Task* task : records.deleted) deleted.push_back(task->title());
+    EXPECT_EQ(records.inserted, 1u);
     context.container()->setMetadata("observed", std::to_string(records.generation));
   });
   context.insert(std::make_shared<Task>("c"));

@@ -57,6 +57,19 @@ struct Recorded {
   }
 };
 
+// Records a total for later reads; they sum more rows when it cannot be.
+void record(ModelContainer& container, const Recorded& total) {
+  if (container.isReadOnly() || !std::isfinite(total.at.timeIntervalSinceReferenceDate)) return;
+  try {
+    total.write(container);
+  } catch (const StoreError&) {
+  }
+}
+
+// How many bookings dated after the recorded instant and due by now a read
+// adds before it records a total as of now.
+constexpr std::size_t refreshAfter = 64;
+
 }  // namespace
 
 TimeInterval bookedThrough(ModelContext& context, Date through) {
@@ -74,20 +87,21 @@ TimeInterval bookedThrough(ModelContext& context, Date through) {
     if (const auto recorded = Recorded::read(container);
         recorded && recorded->generation == generation && recorded->at <= through) {
       seconds = recorded->seconds;
+      std::size_t due = 0;
       using Op = RowFilter::Op;
       context.forEach<BalanceAdjustment>({"date", "minutes"}, RowFilter::allOf({{"date", Op::greater, recorded->at}}),
-                                         add);
+                                         [&](const BalanceAdjustment& booking) {
+                                           due += booking.date() <= through;
+                                           add(booking);
+                                         });
+      // Saves carry the total but not its instant, so bookings made since
+      // pile up behind it; now and then the total moves up to now.
+      if (due > refreshAfter) record(container, {generation, through, seconds});
       return seconds;
     }
   }
   context.forEach<BalanceAdjustment>({"date", "minutes"}, add);
-  if (asStored && !container.isReadOnly() && std::isfinite(through.timeIntervalSinceReferenceDate)) {
-    try {
-      Recorded{generation, through, seconds}.write(container);
-    } catch (const StoreError&) {
-      // Only a shortcut for later reads; they sum every booking instead.
-    }
-  }
+  if (asStored) record(container, {generation, through, seconds});
   return seconds;
 }
 

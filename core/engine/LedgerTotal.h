@@ -5,7 +5,8 @@
 // The store keeps the total as of an instant beside the bookings'
 // generation. While the generation is the same, the total at a later
 // instant is that total plus the bookings dated after its instant, which
-// the date index finds among few rows. A save through a context that only
+// the date index finds among few rows (once many have piled up behind it, a
+// read records the total anew as of its own instant). A save through a context that only
 // inserts bookings carries the total to the new generation in its own
 // transaction; any other write leaves it behind, and the next read sums
 // every booking again and records a fresh total. Every term is whole
@@ -24,7 +25,8 @@ namespace LedgerTotal {
 /// The seconds that the bookings `context` sees add to the ledger balance
 /// at `through` (TimeBankCalculator::ledgerSecondsOf summed over them);
 /// the starting balance is not included. A full sum over a writable store
-/// is recorded for later reads; failing to record it changes nothing.
+/// is recorded for later reads, and so is a total that had many bookings
+/// added behind it; failing to record one changes nothing.
 TimeInterval bookedThrough(ModelContext& context, Date through);
 
 /// Carries the recorded total through this context's later saves that

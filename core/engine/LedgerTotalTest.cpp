@@ -128,9 +128,26 @@ TEST(LedgerTotal, InsertsCarryTheTotalAndOtherWritesLeaveItBehind) {
   EXPECT_FALSE(totalIsCurrent(context));
   EXPECT_EQ(LedgerTotal::bookedThrough(context, now), -900);
 
+  // Bookings carried in after the total's instant are read every time, until
+  // enough have piled up that a read records a total as of its own instant.
+  const auto instant = [&] {
+    const std::string text = *container->metadata("ledger.BalanceAdjustmentTotal");
+    const auto space = text.find(' ');
+    return std::stod(text.substr(space + 1, text.find(' ', space + 1) - space - 1));
+  };
+  const Date recordedAt(instant());
+  for (int i = 1; i <= 80; ++i) {
+    context.insert(booking(recordedAt + i, 1));
+    context.save();
+    EXPECT_EQ(LedgerTotal::bookedThrough(context, recordedAt + 100), -900 + 60 * i);
+    EXPECT_TRUE(totalIsCurrent(context));
+  }
+  EXPECT_EQ(instant(), (recordedAt + 100).timeIntervalSinceReferenceDate);
+  EXPECT_EQ(LedgerTotal::bookedThrough(context, recordedAt + 100), -900 + 60 * 80);
+
   // A total that cannot be read is summed again and recorded afresh.
   container->setMetadata("ledger.BalanceAdjustmentTotal", "not a total");
-  EXPECT_EQ(LedgerTotal::bookedThrough(context, now), -900);
+  EXPECT_EQ(LedgerTotal::bookedThrough(context, recordedAt + 100), -900 + 60 * 80);
   EXPECT_TRUE(totalIsCurrent(context));
 }
 

@@ -1,5 +1,6 @@
 #include "cli/BookingCommands.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -15,6 +16,7 @@
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
+#include "core/engine/LedgerTotal.h"
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
@@ -90,9 +92,9 @@ void book(const BookOptions& options) {
 
   const auto adjustment =
       TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());
-  const auto adjustments = session.context().fetch<BalanceAdjustment>();
-  const double balance = TimeBankCalculator::ledgerBalanceSeconds(
-      adjustments, session.settings().startingBalanceMinutes(), session.now());
+  const double balance =
+      TimeBankCalculator::ledgerBalanceSeconds({}, session.settings().startingBalanceMinutes(), session.now()) +
+      LedgerTotal::bookedThrough(session.context(), session.now());
   Terminal::message("Booked " + Display::amountOfMinutes(adjustment->minutes()) + " as " + option.title + " on " +
                     Display(session.calendar()).dateTime(adjustment->date()) + " (id " +
                     Display::shortIdentifier(adjustment->id()) + "); balance " + Display::amount(balance) + ".");
@@ -111,12 +113,12 @@ struct Listing {
 
 Listing listing(StoreSession& session, const DateInterval& interval) {
   Listing result;
-  // Two columns of the earlier bookings; whole minutes times 60 sum exactly
-  // in any order.
-  result.before = static_cast<double>(session.settings().startingBalanceMinutes()) * 60.0;
-  session.context().forEach<BalanceAdjustment>({"date", "minutes"}, [&](const BalanceAdjustment& adjustment) {
-    if (adjustment.date() < interval.start) result.before += static_cast<double>(adjustment.minutes()) * 60.0;
-  });
+  // Every booking dated before the first instant, that is at or before the
+  // instant just ahead of it.
+  const Date lastBefore(std::nextafter(interval.start.timeIntervalSinceReferenceDate, -HUGE_VAL));
+  result.before =
+      TimeBankCalculator::ledgerBalanceSeconds({}, session.settings().startingBalanceMinutes(), lastBefore) +
+      LedgerTotal::bookedThrough(session.context(), lastBefore);
   // The listed ones whole, and only those.
   using Op = RowFilter::Op;
   const RowFilter inside =

@@ -78,31 +78,41 @@ TimeInterval bookedThrough(ModelContext& context, Date through) {
   const bool asStored = !context.hasChanges<BalanceAdjustment>();
   // Read before the rows: a write in between makes the recorded total stale, never wrong.
   const std::int64_t generation = asStored ? context.generation<BalanceAdjustment>() : 0;
-  TimeInterval seconds = 0;
-  const auto add = [&](const BalanceAdjustment& booking) {
-    seconds += TimeBankCalculator::ledgerSecondsOf(booking.date(), booking.minutes(), through);
+  const auto recorded = asStored ? Recorded::read(container) : std::nullopt;
+  using Op = RowFilter::Op;
+  const auto seconds = [](const BalanceAdjustment& booking, Date at) {
+    return TimeBankCalculator::ledgerSecondsOf(booking.date(), booking.minutes(), at);
   };
 
-  if (asStored) {
-    if (const auto recorded = Recorded::read(container);
-        recorded && recorded->generation == generation && recorded->at <= through) {
-      seconds = recorded->seconds;
-      std::size_t due = 0;
-      using Op = RowFilter::Op;
-      context.forEach<BalanceAdjustment>({"date", "minutes"}, RowFilter::allOf({{"date", Op::greater, recorded->at}}),
-                                         [&](const BalanceAdjustment& booking) {
-                                           due += booking.date() <= through;
-                                           add(booking);
-                                         });
-      // Saves carry the total but not its instant, so bookings made since
-      // pile up behind it; now and then the total moves up to now.
-      if (due > refreshAfter) record(container, {generation, through, seconds});
-      return seconds;
-    }
+  if (recorded && recorded->generation == generation && recorded->at <= through) {
+    // The total plus what fell due since its instant (bookings ahead of
+    // `through` are read and left out).
+    TimeInterval total = recorded->seconds;
+    std::size_t due = 0;
+    context.forEach<BalanceAdjustment>({"date", "minutes"}, RowFilter::allOf({{"date", Op::greater, recorded->at}}),
+                                       [&](const BalanceAdjustment& booking) {
+                                         due += booking.date() <= through;
+                                         total += seconds(booking, through);
+                                       });
+    // Saves carry the total but not its instant, so bookings made since
+    // pile up behind it; now and then the total moves up to `through`.
+    if (due > refreshAfter) record(container, {generation, through, total});
+    return total;
   }
-  context.forEach<BalanceAdjustment>({"date", "minutes"}, add);
-  if (asStored) record(container, {generation, through, seconds});
-  return seconds;
+  if (recorded && recorded->generation == generation && through < recorded->at) {
+    // An earlier instant: the total less what fell due after `through`.
+    TimeInterval total = recorded->seconds;
+    context.forEach<BalanceAdjustment>(
+        {"date", "minutes"},
+        RowFilter::allOf({{"date", Op::greater, through}, {"date", Op::lessOrEqual, recorded->at}}),
+        [&](const BalanceAdjustment& booking) { total -= seconds(booking, recorded->at); });
+    return total;
+  }
+  TimeInterval total = 0;
+  context.forEach<BalanceAdjustment>({"date", "minutes"},
+                                     [&](const BalanceAdjustment& booking) { total += seconds(booking, through); });
+  if (asStored) record(container, {generation, through, total});
+  return total;
 }
 
 void keepCurrent(ModelContext& context) {

@@ -4,14 +4,15 @@
 //
 // The store keeps the total as of an instant beside the bookings'
 // generation. While the generation is the same, the total at a later
-// instant is that total plus the bookings dated after its instant, which
-// the date index finds among few rows (once many have piled up behind it, a
-// read records the total anew as of its own instant). A save through a context that only
-// inserts bookings carries the total to the new generation in its own
-// transaction; any other write leaves it behind, and the next read sums
-// every booking again and records a fresh total. Every term is whole
-// minutes times 60, so the sums are exact in any order and the result is
-// the same as summing every booking.
+// instant is that total plus the bookings dated after its instant, and at
+// an earlier one the total less the bookings dated between the two: few
+// rows, which the date index finds. Once many bookings have piled up behind
+// the instant, a read records the total anew as of its own. A save through
+// a context that only inserts bookings carries the total to the new
+// generation in its own transaction; any other write leaves it behind, and
+// the next read sums every booking again and records a fresh total. Every
+// term is whole minutes times 60, so the sums are exact in any order and
+// the result is the same as summing every booking.
 #pragma once
 
 #include "platform/foundation/Date.h"

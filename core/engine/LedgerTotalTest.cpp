@@ -95,6 +95,9 @@ RC_GTEST_PROP(LedgerTotal, EqualsTheSumOfEveryBooking, ()) {
     ModelContext reader(container);
     RC_ASSERT(LedgerTotal::bookedThrough(reader, now) == everyBooking(reader, now));
     RC_ASSERT(LedgerTotal::bookedThrough(mine, now) == everyBooking(mine, now));
+    // An earlier instant, as the balance before a listed stretch asks.
+    const Date earlier = now - *rc::gen::inRange(0, 120'000) * 60.0;
+    RC_ASSERT(LedgerTotal::bookedThrough(reader, earlier) == everyBooking(reader, earlier));
   }
   RC_TAG(readFromTotal ? "read from a recorded total" : "summed every time");
 }

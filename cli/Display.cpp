@@ -1,25 +1,58 @@
 #include "cli/Display.h"
 
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
 #include "core/ledger/DurationFormatting.h"
 
 namespace quillmont {
 
-Calendar Display::gregorian(const Calendar& calendar) {
-  auto result = Calendar::iso8601(calendar.timeZoneIdentifier());
-  return result ? *result : calendar;
-}
+Display::Display(const Calendar& calendar) : Display(calendar, Calendar::iso8601(calendar.timeZoneIdentifier())) {}
 
-Display::Display(const Calendar& calendar) : calendar_(gregorian(calendar)) {}
+Display::Display(const Calendar& calendar, std::optional<Calendar> proleptic)
+    : calendar_(proleptic ? std::move(*proleptic) : calendar), proleptic_(proleptic.has_value()) {}
 
 const DateFormatter& Display::formatter(std::optional<DateFormatter>& slot, std::string_view pattern) const {
   if (!slot) slot.emplace(calendar_, pattern);
   return *slot;
 }
 
-std::string Display::day(Date date) const { return formatter(day_, "yyyy-MM-dd").string(date); }
+namespace {
+
+// The day of `date` on the wall clock of `calendar`'s zone, for years 1 to
+// 9999: the zone's offset is one lookup, and the rest is arithmetic in the
+// proleptic Gregorian calendar, which the display calendar is on every day.
+// A report of ten years shows thousands of days, and a formatter's pattern
+// machinery costs far more per day. Nothing outside those years.
+std::optional<std::chrono::sys_days> wallClockDay(const Calendar& calendar, Date date) {
+  static constexpr double firstSecond = -62135596800.0;  // 0001-01-01T00:00:00 since 1970
+  static constexpr double endSecond = 253402300800.0;    // 10000-01-01T00:00:00 since 1970
+  const double local = date.timeIntervalSince1970() + static_cast<double>(calendar.secondsFromGMT(date));
+  if (!(local >= firstSecond && local < endSecond)) return std::nullopt;
+  return std::chrono::sys_days(std::chrono::days(static_cast<int>(std::floor(local / 86400.0))));
+}
+
+}  // namespace
+
+std::string Display::day(Date date) const {
+  if (const auto day = proleptic_ ? wallClockDay(calendar_, date) : std::nullopt) {
+    const std::chrono::year_month_day civil(*day);
+    char text[16];
+    const int length = std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(civil.year()),
+                                     static_cast<unsigned>(civil.month()), static_cast<unsigned>(civil.day()));
+    return std::string(text, static_cast<std::size_t>(length));
+  }
+  return formatter(day_, "yyyy-MM-dd").string(date);
+}
 std::string Display::dateTime(Date date) const { return formatter(dateTime_, "yyyy-MM-dd HH:mm").string(date); }
 std::string Display::time(Date date) const { return formatter(time_, "HH:mm").string(date); }
-std::string Display::weekday(Date date) const { return formatter(weekday_, "EEE").string(date); }
+std::string Display::weekday(Date date) const {
+  // The names of the fixed "en_US_POSIX" locale that the formatters use.
+  static constexpr std::string_view names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  if (const auto day = proleptic_ ? wallClockDay(calendar_, date) : std::nullopt) return std::string(names[std::chrono::weekday(*day).c_encoding()]);
+  return formatter(weekday_, "EEE").string(date);
+}
 std::string Display::timestamp(Date date) const {
   return formatter(timestamp_, "yyyy-MM-dd'T'HH:mm:ssxxx").string(date);
 }

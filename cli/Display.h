@@ -39,11 +39,14 @@ class Display {
   static std::string shortIdentifier(const UUID& id);
 
  private:
-  static Calendar gregorian(const Calendar& calendar);
+  Display(const Calendar& calendar, std::optional<Calendar> proleptic);
   /// A formatter is made on first use: most commands show one or two of them.
   const DateFormatter& formatter(std::optional<DateFormatter>& slot, std::string_view pattern) const;
 
   Calendar calendar_;
+  /// Whether calendar_ is the proleptic Gregorian one (it is unless the
+  /// zone could not be made so; then the given calendar stands in).
+  bool proleptic_;
   mutable std::optional<DateFormatter> day_;
   mutable std::optional<DateFormatter> dateTime_;
   mutable std::optional<DateFormatter> time_;

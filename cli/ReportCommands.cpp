@@ -147,20 +147,42 @@ struct CategoryTotal {
 };
 
 std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankReport& report) {
-  std::vector<CategoryTotal> totals;
+  // One pass over four columns in row order; a category's place is that of
+  // its first booking by date, then identifier.
+  struct Tally {
+    CategoryTotal total;
+    std::pair<Date, UUID> first;
+  };
+  std::vector<Tally> tallies;
+  std::vector<std::pair<std::string, std::string>> titles;  // raw value, title: a few distinct ones
   const Date through = std::min(report.interval.end(), session.now());
   using Op = RowFilter::Op;
   const RowFilter inPeriod =
       RowFilter::allOf({{"date", Op::greaterOrEqual, report.interval.start}, {"date", Op::lessOrEqual, through}});
-  for (const auto& booking : session.context().fetch<BalanceAdjustment>(
-           inPeriod, {{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
-    if (booking->minutes() == 0) continue;
-    const std::string title = booking->category().title;
-    auto found = std::find_if(totals.begin(), totals.end(), [&](const auto& total) { return total.title == title; });
-    if (found == totals.end()) found = totals.insert(totals.end(), {title, booking->kindRawValue()});
-    ++found->count;
-    found->seconds += static_cast<double>(booking->minutes()) * 60.0;
-  }
+  // Over a long stretch every row, with the same test here.
+  const bool readAll = through - report.interval.start > PeriodBalances::longStretch;
+  session.context().forEach<BalanceAdjustment>(
+      {"date", "id", "minutes", "kindRawValue"}, readAll ? RowFilter{} : inPeriod, [&](const BalanceAdjustment& booking) {
+        if (readAll && !(booking.date() >= report.interval.start && booking.date() <= through)) return;
+        if (booking.minutes() == 0) return;
+        const std::string& rawValue = booking.kindRawValue();
+        auto known = std::find_if(titles.begin(), titles.end(), [&](const auto& pair) { return pair.first == rawValue; });
+        if (known == titles.end()) known = titles.insert(titles.end(), {rawValue, booking.category().title});
+        const std::string& title = known->second;
+        const std::pair<Date, UUID> key{booking.date(), booking.id()};
+        auto found = std::find_if(tallies.begin(), tallies.end(), [&](const auto& tally) { return tally.total.title == title; });
+        if (found == tallies.end()) found = tallies.insert(tallies.end(), {{title, rawValue}, key});
+        if (key < found->first) {
+          found->first = key;
+          found->total.category = rawValue;
+        }
+        ++found->total.count;
+        found->total.seconds += static_cast<double>(booking.minutes()) * 60.0;
+      });
+  std::stable_sort(tallies.begin(), tallies.end(), [](const Tally& a, const Tally& b) { return a.first < b.first; });
+  std::vector<CategoryTotal> totals;
+  totals.reserve(tallies.size());
+  for (auto& tally : tallies) totals.push_back(std::move(tally.total));
   return totals;
 }
 

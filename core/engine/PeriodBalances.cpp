@@ -15,10 +15,6 @@ namespace {
 using Op = RowFilter::Op;
 using TimeBankCalculator::detail::ObservedWorkInterval;
 
-/// About a year: over a longer stretch, reading every entry in row order
-/// costs less than choosing most of them through the index.
-constexpr TimeInterval longStretch = 370 * 86400.0;
-
 // The observed intervals through `through` of the entries that `filter` passes.
 std::vector<ObservedWorkInterval> intervals(ModelContext& context, const RowFilter& filter, Date through) {
   std::vector<ObservedWorkInterval> found;
@@ -64,9 +60,14 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
   RowFilter dated = RowFilter::allOf({{"date", Op::greaterOrEqual, firstDay}});
   if (dayAfter) dated.anyOf.front().push_back({"date", Op::less, *dayAfter});
   std::vector<TimeBankCalculator::BookedMinutes> bookings;
-  context.forEach<BalanceAdjustment>({"date", "minutes"}, dated, [&](const BalanceAdjustment& booking) {
-    bookings.push_back({booking.date(), booking.minutes()});
-  });
+  // Over a long stretch every row, in row order, with the same test here.
+  const bool readAll = through - firstDay > longStretch;
+  const auto inStretch = [&](Date date) { return date >= firstDay && (!dayAfter || date < *dayAfter); };
+  context.forEach<BalanceAdjustment>({"date", "minutes"}, readAll ? RowFilter{} : dated,
+                                     [&](const BalanceAdjustment& booking) {
+                                       if (readAll && !inStretch(booking.date())) return;
+                                       bookings.push_back({booking.date(), booking.minutes()});
+                                     });
 
   std::vector<DayBalance> days = TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(),
                                                                      settings, through, calendar);

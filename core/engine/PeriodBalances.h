@@ -17,6 +17,10 @@
 
 namespace quillmont::PeriodBalances {
 
+/// About a year: over a longer stretch, reading every row in row order
+/// costs less than choosing most of them through an index.
+inline constexpr TimeInterval longStretch = 370 * 86400.0;
+
 /// The balances of the days from the day of `from` through the day of
 /// `through`, as TimeBankCalculator::dayBalances over every record of
 /// `context` through `through` has them (the days before `from` left out).

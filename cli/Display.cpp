@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include "core/ledger/DurationFormatting.h"
 
@@ -38,10 +37,12 @@ std::optional<std::chrono::sys_days> wallClockDay(const Calendar& calendar, Date
 std::string Display::day(Date date) const {
   if (const auto day = proleptic_ ? wallClockDay(calendar_, date) : std::nullopt) {
     const std::chrono::year_month_day civil(*day);
-    char text[16];
-    const int length = std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(civil.year()),
-                                     static_cast<unsigned>(civil.month()), static_cast<unsigned>(civil.day()));
-    return std::string(text, static_cast<std::size_t>(length));
+    const auto year = static_cast<unsigned>(static_cast<int>(civil.year()));  // 1 ... 9999
+    const auto month = static_cast<unsigned>(civil.month());
+    const auto dayOfMonth = static_cast<unsigned>(civil.day());
+    const auto digit = [](unsigned value) { return static_cast<char>('0' + value % 10); };
+    return {digit(year / 1000), digit(year / 100), digit(year / 10), digit(year), '-', digit(month / 10),
+            digit(month), '-', digit(dayOfMonth / 10), digit(dayOfMonth)};
   }
   return formatter(day_, "yyyy-MM-dd").string(date);
 }

@@ -1,5 +1,6 @@
 #include "core/ledger/DurationFormatting.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -33,10 +34,14 @@ std::string clock(TimeInterval seconds, bool includeSign) {
   if (includeSign) result = seconds < 0 ? minusSign : "+";
   const auto value = wholeMinutes(seconds);
   if (!value) return result + emDash;
-  char buffer[48];
-  std::snprintf(buffer, sizeof buffer, "%llu:%02llu", static_cast<unsigned long long>(value->hours),
-                static_cast<unsigned long long>(value->minutes));
-  return result + buffer;
+  // A report writes thousands of these: no format string to interpret.
+  char buffer[32];
+  char* end = std::to_chars(buffer, buffer + sizeof buffer, value->hours).ptr;
+  *end++ = ':';
+  *end++ = static_cast<char>('0' + value->minutes / 10);
+  *end++ = static_cast<char>('0' + value->minutes % 10);
+  result.append(buffer, end);
+  return result;
 }
 
 std::string accessible(TimeInterval seconds) {

@@ -1,4 +1,4 @@
-// Days and weekdays are worked out without a formatter; they must read
+// Days, weekdays and times are worked out without a formatter; they must read
 // exactly as the formatter writes them, in every zone and on every day it
 // can show: around daylight-saving changes, on days a zone skipped, in the
 // local mean time of the nineteenth century, far in the past and future,
@@ -17,7 +17,7 @@
 namespace quillmont {
 namespace {
 
-RC_GTEST_PROP(Display, DaysAndWeekdaysReadAsTheFormatterWritesThem, ()) {
+RC_GTEST_PROP(Display, DaysWeekdaysAndTimesReadAsTheFormatterWritesThem, ()) {
   static const std::vector<std::string> zones{"Europe/Berlin", "America/Sao_Paulo", "Pacific/Apia", "Pacific/Kiritimati",
                                               "Asia/Kolkata", "America/St_Johns", "UTC"};
   const std::string zone = *rc::gen::elementOf(zones);
@@ -25,6 +25,8 @@ RC_GTEST_PROP(Display, DaysAndWeekdaysReadAsTheFormatterWritesThem, ()) {
   const Display display(*Calendar::make(zone));
   const DateFormatter day(calendar, "yyyy-MM-dd");
   const DateFormatter weekday(calendar, "EEE");
+  const DateFormatter dateTime(calendar, "yyyy-MM-dd HH:mm");
+  const DateFormatter time(calendar, "HH:mm");
 
   const double seconds = *rc::gen::oneOf(
       // The years people book in, to the second and on either side of midnight.
@@ -39,6 +41,8 @@ RC_GTEST_PROP(Display, DaysAndWeekdaysReadAsTheFormatterWritesThem, ()) {
   const Date date(seconds);
   RC_ASSERT(display.day(date) == day.string(date));
   RC_ASSERT(display.weekday(date) == weekday.string(date));
+  RC_ASSERT(display.dateTime(date) == dateTime.string(date));
+  RC_ASSERT(display.time(date) == time.string(date));
 }
 
 TEST(Display, ASkippedDayIsNeverShown) {

@@ -44,16 +44,12 @@ bool UndoJournal::tableExists(const std::string& name) const {
 void UndoJournal::begin(std::string_view action, std::string_view command, Date at) {
   database_.execute("CREATE TABLE IF NOT EXISTS " + quoted(entriesTable) + " (" + quoted(keyColumn) +
                     " INTEGER PRIMARY KEY, command TEXT NOT NULL, action TEXT NOT NULL, at REAL NOT NULL)");
-  // Forget what lies beyond the kept commands, images first.
-  const std::string forgotten = "SELECT " + quoted(keyColumn) + " FROM " + quoted(entriesTable) +
-                                " WHERE command NOT IN (SELECT command FROM " + quoted(entriesTable) +
-                                " GROUP BY command ORDER BY max(" + quoted(keyColumn) + ") DESC LIMIT " +
-                                std::to_string(keptCommands - 1) + ")";
-  for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
-    if (!tableExists(tableOf(entities_[entity]))) continue;
-    database_.execute("DELETE FROM " + journalTable(entity) + " WHERE _entry IN (" + forgotten + ")");
+  // Until more commands than are kept have been journaled there is nothing
+  // to forget, and one count costs far less than preparing the deletions.
+  if (database_.queryInt64("SELECT count(DISTINCT command) FROM " + quoted(entriesTable)) >=
+      static_cast<std::int64_t>(keptCommands)) {
+    forgetOldCommands();
   }
-  database_.execute("DELETE FROM " + quoted(entriesTable) + " WHERE " + quoted(keyColumn) + " IN (" + forgotten + ")");
 
   SQLiteStatement insert =
       database_.prepare("INSERT INTO " + quoted(entriesTable) + " (command, action, at) VALUES (?1, ?2, ?3)");
@@ -65,6 +61,20 @@ void UndoJournal::begin(std::string_view action, std::string_view command, Date 
   insert.step();
   entry_ = database_.lastInsertRowid();
   at_ = at;
+}
+
+void UndoJournal::forgetOldCommands() {
+  // Everything but the newest kept commands less one (a new one is about to
+  // begin), images first.
+  const std::string forgotten = "SELECT " + quoted(keyColumn) + " FROM " + quoted(entriesTable) +
+                                " WHERE command NOT IN (SELECT command FROM " + quoted(entriesTable) +
+                                " GROUP BY command ORDER BY max(" + quoted(keyColumn) + ") DESC LIMIT " +
+                                std::to_string(keptCommands - 1) + ")";
+  for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
+    if (!tableExists(tableOf(entities_[entity]))) continue;
+    database_.execute("DELETE FROM " + journalTable(entity) + " WHERE _entry IN (" + forgotten + ")");
+  }
+  database_.execute("DELETE FROM " + quoted(entriesTable) + " WHERE " + quoted(keyColumn) + " IN (" + forgotten + ")");
 }
 
 UndoJournal::EntityStatements& UndoJournal::statements(std::size_t entity) {

@@ -81,6 +81,8 @@ class UndoJournal {
   /// The row key's column, then the attributes'.
   std::string columnList(std::size_t entity, std::string_view prefix) const;
   bool tableExists(const std::string& name) const;
+  /// Deletes the entries and images of all but the newest keptCommands - 1 commands.
+  void forgetOldCommands();
   EntityStatements& statements(std::size_t entity);
   /// Undoes one save; adds the record types it changed to `changed`.
   void undoEntry(std::int64_t entry, std::vector<std::size_t>& changed);

@@ -18,7 +18,6 @@
 #include "cli/UsageError.h"
 #include "core/engine/LedgerTotal.h"
 #include "core/engine/ManualLedgerMigration.h"
-#include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
@@ -93,8 +92,7 @@ void book(const BookOptions& options) {
   const auto adjustment =
       TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());
   const double balance =
-      TimeBankCalculator::ledgerBalanceSeconds({}, session.settings().startingBalanceMinutes(), session.now()) +
-      LedgerTotal::bookedThrough(session.context(), session.now());
+      LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), session.now());
   Terminal::message("Booked " + Display::amountOfMinutes(adjustment->minutes()) + " as " + option.title + " on " +
                     Display(session.calendar()).dateTime(adjustment->date()) + " (id " +
                     Display::shortIdentifier(adjustment->id()) + "); balance " + Display::amount(balance) + ".");
@@ -116,9 +114,7 @@ Listing listing(StoreSession& session, const DateInterval& interval) {
   // Every booking dated before the first instant, that is at or before the
   // instant just ahead of it.
   const Date lastBefore(std::nextafter(interval.start.timeIntervalSinceReferenceDate, -HUGE_VAL));
-  result.before =
-      TimeBankCalculator::ledgerBalanceSeconds({}, session.settings().startingBalanceMinutes(), lastBefore) +
-      LedgerTotal::bookedThrough(session.context(), lastBefore);
+  result.before = LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), lastBefore);
   // The listed ones whole, and only those.
   using Op = RowFilter::Op;
   const RowFilter inside =

@@ -1,7 +1,7 @@
 #include "cli/Display.h"
 
-#include <chrono>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "core/ledger/DurationFormatting.h"
@@ -57,44 +57,49 @@ void appendTime(std::string& text, int minuteOfDay) {
   text += {digit(hour / 10), digit(hour), ':', digit(minute / 10), digit(minute)};
 }
 
+// The text `write` makes of the wall clock, or the formatter's where there
+// is none to work out.
+template <class Write, class Formatted>
+std::string shown(const Calendar& calendar, bool proleptic, Date date, Write write, Formatted formatted) {
+  const auto clock = proleptic ? WallClock::of(calendar, date) : std::nullopt;
+  if (!clock) return formatted();
+  std::string text;
+  write(text, *clock);
+  return text;
+}
+
 }  // namespace
 
 std::string Display::day(Date date) const {
-  std::string text;
-  if (const auto clock = proleptic_ ? WallClock::of(calendar_, date) : std::nullopt) {
-    appendDay(text, clock->day);
-    return text;
-  }
-  return formatter(day_, "yyyy-MM-dd").string(date);
+  return shown(
+      calendar_, proleptic_, date, [](std::string& text, const WallClock& clock) { appendDay(text, clock.day); },
+      [&] { return formatter(day_, "yyyy-MM-dd").string(date); });
 }
 
 std::string Display::dateTime(Date date) const {
-  std::string text;
-  if (const auto clock = proleptic_ ? WallClock::of(calendar_, date) : std::nullopt) {
-    appendDay(text, clock->day);
-    text += ' ';
-    appendTime(text, clock->minuteOfDay);
-    return text;
-  }
-  return formatter(dateTime_, "yyyy-MM-dd HH:mm").string(date);
+  return shown(
+      calendar_, proleptic_, date,
+      [](std::string& text, const WallClock& clock) {
+        appendDay(text, clock.day);
+        text += ' ';
+        appendTime(text, clock.minuteOfDay);
+      },
+      [&] { return formatter(dateTime_, "yyyy-MM-dd HH:mm").string(date); });
 }
 
 std::string Display::time(Date date) const {
-  std::string text;
-  if (const auto clock = proleptic_ ? WallClock::of(calendar_, date) : std::nullopt) {
-    appendTime(text, clock->minuteOfDay);
-    return text;
-  }
-  return formatter(time_, "HH:mm").string(date);
+  return shown(
+      calendar_, proleptic_, date, [](std::string& text, const WallClock& clock) { appendTime(text, clock.minuteOfDay); },
+      [&] { return formatter(time_, "HH:mm").string(date); });
 }
 
 std::string Display::weekday(Date date) const {
   // The names of the fixed "en_US_POSIX" locale that the formatters use.
   static constexpr std::string_view names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  if (const auto clock = proleptic_ ? WallClock::of(calendar_, date) : std::nullopt) {
-    return std::string(names[std::chrono::weekday(clock->day).c_encoding()]);
-  }
-  return formatter(weekday_, "EEE").string(date);
+  return shown(
+      calendar_, proleptic_, date,
+      [](std::string& text, const WallClock& clock) { text += names[std::chrono::weekday(clock.day).c_encoding()]; },
+      [&] { return formatter(weekday_, "EEE").string(date); });
 }
 
 std::string Display::timestamp(Date date) const {

@@ -115,6 +115,11 @@ TimeInterval bookedThrough(ModelContext& context, Date through) {
   return total;
 }
 
+TimeInterval balanceThrough(ModelContext& context, std::int64_t startingBalanceMinutes, Date through) {
+  return TimeBankCalculator::ledgerBalanceSeconds({}, startingBalanceMinutes, through) +
+         bookedThrough(context, through);
+}
+
 void keepCurrent(ModelContext& context) {
   ModelContainer* container = context.container().get();  // outlives the context's observers
   context.setSaveObserver<BalanceAdjustment>(

@@ -15,6 +15,8 @@
 // the result is the same as summing every booking.
 #pragma once
 
+#include <cstdint>
+
 #include "platform/foundation/Date.h"
 
 namespace quillmont {
@@ -29,6 +31,9 @@ namespace LedgerTotal {
 /// is recorded for later reads, and so is a total that had many bookings
 /// added behind it; failing to record one changes nothing.
 TimeInterval bookedThrough(ModelContext& context, Date through);
+
+/// The ledger balance at `through`: the starting balance plus bookedThrough().
+TimeInterval balanceThrough(ModelContext& context, std::int64_t startingBalanceMinutes, Date through);
 
 /// Carries the recorded total through this context's later saves that
 /// insert bookings and change or delete none.

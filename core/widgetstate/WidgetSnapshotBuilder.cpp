@@ -2,7 +2,6 @@
 
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/LedgerTotal.h"
-#include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/widgetstate/WidgetSnapshotStore.h"
 #include "platform/foundation/Calendar.h"
@@ -26,8 +25,7 @@ WidgetSnapshot make(ModelContext& context, Date now) {
     if (minutes > 0) credits += static_cast<double>(minutes) * 60.0;
     if (minutes < 0) debits += static_cast<double>(-minutes) * 60.0;
   });
-  const double booked = LedgerTotal::bookedThrough(context, now);
-  const double balance = TimeBankCalculator::ledgerBalanceSeconds({}, settings->startingBalanceMinutes(), now) + booked;
+  const double balance = LedgerTotal::balanceThrough(context, settings->startingBalanceMinutes(), now);
   const auto quickActions = settings->quickActionMinutes();
   return WidgetSnapshot(balance, credits, debits, std::nullopt, quickActions, now,
                         settings->hasCompletedOnboarding());

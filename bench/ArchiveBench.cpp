@@ -7,6 +7,10 @@
 // The merges run on a SQLite store file under a temporary QUILLMONT_HOME and
 // include the save.
 //
+// `bench_archive --write-document FILE` writes the document to FILE, for
+// timing the command line's import of it as a whole process
+// (bench/archive-import.sh).
+//
 // BM_PeakMemoryOfDecodeAndMerge runs this program again as a fresh process
 // (`bench_archive --decode-and-merge FILE`) that reads the document into
 // memory, notes its peak resident size (getrusage ru_maxrss), decodes and
@@ -302,6 +306,10 @@ BENCHMARK(BM_PeakMemoryOfDecodeAndMerge)->Unit(benchmark::kMillisecond)->UseReal
 
 int main(int argc, char** argv) {
   if (argc == 3 && std::string_view(argv[1]) == "--decode-and-merge") return decodeAndMerge(argv[2]);
+  if (argc == 3 && std::string_view(argv[1]) == "--write-document") {
+    std::ofstream(argv[2], std::ios::binary) << maximalDocument();
+    return 0;
+  }
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

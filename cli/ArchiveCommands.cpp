@@ -4,7 +4,6 @@
 
 #include <string>
 #include <unordered_set>
-#include <variant>
 
 #include <CLI/CLI.hpp>
 
@@ -20,7 +19,6 @@
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
-#include "core/persistence/QuillmontPersistence.h"
 #include "platform/foundation/JsonReader.h"
 
 namespace quillmont::ArchiveCommands {
@@ -62,28 +60,10 @@ void exportArchive(const std::string& file, bool force) {
                     (FileTransfer::isStandardStream(file) ? "." : " to " + file + "."));
 }
 
-// Every record of one type of `from`, copied attribute by attribute into `to`.
-template <class Model>
-void copyRecords(ModelContext& from, ModelContext& to) {
-  for (const auto& record : from.fetch<Model>()) {
-    auto copy = std::make_shared<Model>(PersistentModel::ForLoading{});
-    for (const auto& attribute : Model::attributes()) {
-      std::visit([&](auto member) { (*copy).*member = (*record).*member; }, attribute.member);
-    }
-    to.insert(std::move(copy));
-  }
-}
-
-// Merges into the store, or with `dryRun` into a copy of it in memory.
+// Merges into the store, or with `dryRun` only counts what a merge would do.
 TimeBankArchiveMergeResult merge(const TimeBankArchive& archive, StoreSession& session, bool dryRun) {
-  if (!dryRun) return archive.merge(session.context(), session.now());
-  ModelContext copy(QuillmontPersistence::makeContainer(true, false, false));
-  copyRecords<WorkEntry>(session.context(), copy);
-  copyRecords<BalanceAdjustment>(session.context(), copy);
-  copyRecords<WorkSchedule>(session.context(), copy);
-  copyRecords<TimeBankSettings>(session.context(), copy);
-  copy.save();
-  return archive.merge(copy, session.now());
+  return dryRun ? archive.mergePreview(session.context(), session.now())
+                : archive.merge(session.context(), session.now());
 }
 
 void printResult(const TimeBankArchiveMergeResult& result, bool dryRun) {
@@ -110,10 +90,13 @@ auto decoded(const std::string& file, Decode decode) {
 
 void importArchive(const ImportOptions& options) {
   ProgressLine progress;
-  progress.show("Reading " + options.file + "...");
-  const std::string bytes = FileTransfer::read(options.file);
-  progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
-  const TimeBankArchive archive = decoded(options.file, [&] { return TimeBankArchive::decodeJSON(bytes); });
+  // The text is let go once decoded, before the store is read.
+  const TimeBankArchive archive = [&] {
+    progress.show("Reading " + options.file + "...");
+    const std::string bytes = FileTransfer::read(options.file);
+    progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
+    return decoded(options.file, [&] { return TimeBankArchive::decodeJSON(bytes); });
+  }();
   progress.show("Merging...");
   StoreSession session;
   const auto result = merge(archive, session, options.dryRun);

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "cli/CommandFailure.h"
+#include "platform/foundation/JsonReader.h"
 
 namespace quillmont::FileTransfer {
 namespace {
@@ -53,14 +54,22 @@ std::string read(const std::string& name) {
   const bool standardInput = isStandardStream(name);
   const int descriptor = standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) fail("cannot open", name, errno);
-  std::string contents;
   struct stat status {};
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-    contents.reserve(static_cast<std::size_t>(status.st_size));
-  }
+  std::size_t expected = 0;
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) expected = static_cast<std::size_t>(status.st_size);
+  // A regular file's text is read straight into the string, which keeps the
+  // JSON parser's padding spare after it, so the parser reads it in place.
+  // Anything after that (standard input, a file that grew) comes through
+  // the buffer.
+  std::string contents;
+  contents.reserve(expected + JsonReader::padding);
+  contents.resize(expected);
+  std::size_t length = 0;
   char buffer[65536];
   while (true) {
-    const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+    const bool direct = length < contents.size();
+    const ssize_t count = direct ? ::read(descriptor, contents.data() + length, contents.size() - length)
+                                 : ::read(descriptor, buffer, sizeof buffer);
     if (count == 0) break;
     if (count < 0) {
       if (errno == EINTR) continue;
@@ -68,9 +77,11 @@ std::string read(const std::string& name) {
       if (!standardInput) ::close(descriptor);
       fail("cannot read", standardInput ? std::string("standard input") : name, error);
     }
-    contents.append(buffer, static_cast<std::size_t>(count));
+    if (!direct) contents.append(buffer, static_cast<std::size_t>(count));
+    length += static_cast<std::size_t>(count);
   }
   if (!standardInput) ::close(descriptor);
+  contents.resize(length);  // a file that shrank while it was read
   return contents;
 }
 
@@ -97,7 +108,9 @@ void writeAtomically(const std::string& path, std::string_view contents) {
   // whole, so a write killed half-way leaves nothing behind. Where the file
   // system has no anonymous files, a hidden named one stands in, and stale
   // ones that a killed run left are cleared first.
-  const std::string hiddenPrefix = "." + target.filename().string() + ".";
+  std::string hiddenPrefix = ".";
+  hiddenPrefix += target.filename().string();
+  hiddenPrefix += '.';
   bool anonymous = true;
   int descriptor = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
   std::string temporary;

@@ -10,8 +10,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <thread>
 
 #include "cli/CommandFailure.h"
+#include "platform/foundation/JsonReader.h"
 
 namespace quillmont {
 namespace {
@@ -50,6 +52,33 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
   EXPECT_THROW(FileTransfer::read(missing), CommandFailure);
   EXPECT_THROW(FileTransfer::read(folder_.string()), CommandFailure);  // a folder is not a document
   EXPECT_EQ(fileCount(), 1u);
+}
+
+// Files are read whole, past any chunk size, with the parser's padding
+// spare after a regular file's text; a pipe, whose size is not known
+// beforehand, is read whole too.
+TEST_F(FileTransferTest, ReadsFilesAndPipesWhole) {
+  std::string text;
+  for (int line = 0; text.size() < 300000; ++line) text += "line " + std::to_string(line) + '\n';
+  const std::string path = (folder_ / "large.json").string();
+  FileTransfer::writeAtomically(path, text);
+  const std::string read = FileTransfer::read(path);
+  EXPECT_EQ(read, text);
+  EXPECT_GE(read.capacity() - read.size(), JsonReader::padding);
+  FileTransfer::writeAtomically(path, "");
+  EXPECT_EQ(FileTransfer::read(path), "");
+
+  const std::string pipe = (folder_ / "pipe").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&] {
+    FILE* stream = std::fopen(pipe.c_str(), "w");
+    if (!stream) return;
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fclose(stream);
+  });
+  const std::string piped = FileTransfer::read(pipe);
+  writer.join();
+  EXPECT_EQ(piped, text);
 }
 
 TEST_F(FileTransferTest, NewFilesArePrivateAndReplacedFilesKeepTheirPermissions) {

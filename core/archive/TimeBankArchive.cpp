@@ -425,6 +425,36 @@ void mergeRecord(ModelContext& context, const IdentifierMap<Model>& stored, cons
   }
 }
 
+// The normalised modification time that merge() matches against, per
+// stored identifier: that of the record it keeps, the latest modified.
+template <class Model>
+std::unordered_map<UUID, Date> storedModificationTimes(ModelContext& context, Date now) {
+  std::unordered_map<UUID, Date> times;
+  context.forEach<Model>({"id", "modifiedAt"}, [&](const Model& record) {
+    const Date modifiedAt = normalizedModifiedAt(record.modifiedAt(), now);
+    const auto [position, isNew] = times.try_emplace(record.id(), modifiedAt);
+    if (!isNew && position->second < modifiedAt) position->second = modifiedAt;
+  });
+  return times;
+}
+
+// Counts the records of one list as mergeRecord() would.
+template <class Model, class Record>
+void countMerge(ModelContext& context, Date now, const std::vector<Record>& records,
+                TimeBankArchiveMergeResult& result) {
+  const auto stored = storedModificationTimes<Model>(context, now);
+  for (const Record& record : records) {
+    const auto match = stored.find(record.id);
+    if (match == stored.end()) {
+      ++result.inserted;
+    } else if (match->second < normalizedModifiedAt(record.modifiedAt, now)) {
+      ++result.updated;
+    } else {
+      ++result.unchanged;
+    }
+  }
+}
+
 }  // namespace
 
 TimeBankArchive::TimeBankArchive(Date exportInstant, std::span<const std::shared_ptr<WorkEntry>> liveEntries,
@@ -638,6 +668,16 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
       DataStoreMaintenance::reconcileConfiguration(context, calendar, now, false);
   ManualLedgerMigration::reconcile(context, *reconciledSettings, calendar, now, false);
   context.save();
+  return result;
+}
+
+TimeBankArchiveMergeResult TimeBankArchive::mergePreview(ModelContext& context, Date now) const {
+  validate();
+  TimeBankArchiveMergeResult result;
+  countMerge<WorkEntry>(context, now, workEntries, result);
+  countMerge<BalanceAdjustment>(context, now, balanceAdjustments, result);
+  countMerge<WorkSchedule>(context, now, schedules, result);
+  countMerge<TimeBankSettings>(context, now, settings, result);
   return result;
 }
 

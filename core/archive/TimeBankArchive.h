@@ -148,6 +148,11 @@ struct TimeBankArchive {
   TimeBankArchiveMergeResult merge(ModelContext& context, Date now,
                                    RunningEntries running = RunningEntries::closeAtExport) const;
 
+  /// What merge() into `context` at `now` would count, worked out from the
+  /// stored records' identifiers and modification times alone: nothing in
+  /// the context or the store changes. Validates first, like merge().
+  TimeBankArchiveMergeResult mergePreview(ModelContext& context, Date now) const;
+
   friend bool operator==(const TimeBankArchive&, const TimeBankArchive&) = default;
 };
 

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <set>
 
 #include "core/archive/TimeBankArchiveError.h"
 #include "core/engine/DataStoreMaintenance.h"
@@ -184,6 +187,62 @@ TEST_F(TimeBankArchiveMergeTest, ReimportingTheStoresOwnExportChangesNothing) {
   const Archive decoded = Archive::decodeJSON(before.encodedJSON());
   EXPECT_EQ(decoded.merge(context, now), (TimeBankArchiveMergeResult{0, 0, count}));
   EXPECT_EQ(exported(), before);
+}
+
+// The dry run's counts are the merge's: on stores with repeated
+// identifiers, modification times from the future and changes not yet
+// saved, against archives that overlap them every way; and the dry run
+// changes nothing.
+RC_GTEST_PROP(TimeBankArchiveMergePreview, CountsWhatTheMergeDoes, ()) {
+  const Date now(800000000);
+  const Date::ScopedClock clock(now);
+  ModelContext context(QuillmontPersistence::makeContainer(true, false, false));
+  // Identifiers from a small pool, so stored records repeat them and the
+  // archive meets them; times around `now`, some beyond its tolerance.
+  const auto someID = [] { return id(*rc::gen::inRange(0, 4)); };
+  const auto someTime = [&] {
+    return now + *rc::gen::element(-3600.0, -301.0, -1.0, 0.0, 1.0, 299.0, 301.0, 600.0, 7200.0);
+  };
+  const auto weekdays = std::vector<std::int64_t>{480, 480, 480, 480, 480, 0, 0};
+  const auto storeSome = [&] {
+    for (int i = *rc::gen::inRange(0, 10); i > 0; --i) {
+      switch (*rc::gen::inRange(0, 4)) {
+        case 0: context.insert(std::make_shared<WorkEntry>(someID(), now - 7200, now, 0, "", someTime(), someTime())); break;
+        case 1:
+          context.insert(std::make_shared<BalanceAdjustment>(someID(), now, 30, "", BalanceAdjustmentKind::manual,
+                                                             someTime(), someTime()));
+          break;
+        case 2: context.insert(std::make_shared<WorkSchedule>(someID(), now, weekdays, someTime(), someTime())); break;
+        default:
+          context.insert(std::make_shared<TimeBankSettings>(someID(), now, 0, weekdays, std::vector<std::int64_t>{15, 30, 60, 120},
+                                                            "holiday", "[]", true, someTime()));
+      }
+    }
+  };
+  storeSome();
+  context.save();
+  if (*rc::gen::arbitrary<bool>()) storeSome();  // left unsaved
+
+  Archive archive;
+  archive.exportedAt = someTime();
+  const auto someIDs = [&] {
+    std::set<int> numbers;
+    for (int i = *rc::gen::inRange(0, 6); i > 0; --i) numbers.insert(*rc::gen::inRange(0, 6));
+    return numbers;
+  };
+  for (const int number : someIDs()) archive.workEntries.push_back({id(number), now - 60, now, 0, "", someTime(), someTime()});
+  for (const int number : someIDs()) {
+    archive.balanceAdjustments.push_back({id(number), now, 10, "", "holiday", someTime(), someTime()});
+  }
+  for (const int number : someIDs()) archive.schedules.push_back({id(number), now, weekdays, someTime(), someTime()});
+  for (const int number : someIDs()) {
+    archive.settings.push_back({id(number), now, 0, weekdays, std::nullopt, std::nullopt, std::nullopt, true, someTime()});
+  }
+
+  const bool hadChanges = context.hasChanges();
+  const TimeBankArchiveMergeResult preview = archive.mergePreview(context, now);
+  RC_ASSERT(context.hasChanges() == hadChanges);
+  RC_ASSERT(preview == archive.merge(context, now));
 }
 
 }  // namespace

@@ -107,6 +107,16 @@ bool boolean(simdjson::ondemand::value& value, const Path& path) {
 }
 
 UUID uuid(simdjson::ondemand::value& value, const Path& path) {
+  // An identifier written without escapes (as every writer does) is parsed
+  // where it lies in the text: a token `"` + 36 characters + `"`, none a
+  // backslash, is exactly such a string.
+  const std::string_view token = value.raw_json_token();
+  if (token.size() >= 38 && token[0] == '"' && token[37] == '"' &&
+      token.substr(1, 36).find('\\') == std::string_view::npos) [[likely]] {
+    const std::optional<UUID> result = UUID::parse(token.substr(1, 36));
+    simdjson::ondemand::raw_json_string consumed;
+    if (result && !value.get_raw_json_string().get(consumed)) [[likely]] return *result;
+  }
   std::string_view text;
   if (auto error = value.get_string().get(text)) [[unlikely]] failRead(error, value, path, "a UUID string");
   const std::optional<UUID> result = UUID::parse(text);
@@ -149,6 +159,12 @@ void failMissingKey(std::string_view key, const Path& path) {
 }
 
 void failTrailingContent() { failAt(Path(), "unexpected content after the top-level value"); }
+
+std::string_view unescapedKey(simdjson::ondemand::field& field, const Path& path) {
+  std::string_view name;
+  if (auto error = field.unescaped_key().get(name)) fail(error, path);
+  return name;
+}
 
 simdjson::ondemand::object object(simdjson::ondemand::value& value, const Path& path) {
   simdjson::ondemand::object result;

@@ -103,6 +103,17 @@ namespace detail {
 simdjson::ondemand::object object(simdjson::ondemand::value& value, const Path& path);
 simdjson::ondemand::array array(simdjson::ondemand::value& value, const Path& path);
 std::size_t findKey(std::span<const Key> keys, std::string_view key) noexcept;
+std::string_view unescapedKey(simdjson::ondemand::field& field, const Path& path);
+/// A field's key. Keys without escapes (every key a writer of ours makes)
+/// are read where they lie in the text, which the parser has checked to be
+/// well-formed UTF-8 with every string closed; the rest are unescaped.
+inline std::string_view key(simdjson::ondemand::field& field, const Path& path) {
+  const char* const start = field.key().raw();
+  const char* end = start;
+  while (*end != '"' && *end != '\\') ++end;
+  if (*end == '"') [[likely]] return {start, static_cast<std::size_t>(end - start)};
+  return unescapedKey(field, path);
+}
 template <class Read>
 using ReadResult = std::remove_cvref_t<std::invoke_result_t<Read&, simdjson::ondemand::value&>>;
 simdjson::ondemand::document iterate(simdjson::ondemand::parser& parser, simdjson::padded_string_view json);
@@ -121,9 +132,7 @@ void readObject(simdjson::ondemand::value& value, const Path& path, const Key (&
   for (auto result : detail::object(value, path)) {
     simdjson::ondemand::field field;
     if (auto error = std::move(result).get(field)) [[unlikely]] detail::fail(error, path);
-    std::string_view name;
-    if (auto error = field.unescaped_key().get(name)) [[unlikely]] detail::fail(error, path);
-    const std::size_t index = detail::findKey(keys, name);
+    const std::size_t index = detail::findKey(keys, detail::key(field, path));
     if (index == N) continue;
     seen |= std::uint64_t{1} << index;
     read(index, field.value(), path.member(keys[index].name));

@@ -101,6 +101,13 @@ TEST(JsonReaderTest, DecodesStructsFromObjectsInAnyKeyOrder) {
   EXPECT_EQ(pauses[0].note, std::nullopt);
   EXPECT_EQ(pauses[1].minutes, 45);
   EXPECT_EQ(pauses[1].note, "Lunch / walk");
+
+  // Keys and identifiers written with escapes read as their characters.
+  const auto escaped = decodePauses(R"({"pauses":[{"\u0069d":"\u00430DE5EED-0B4A-4C2A-9D6E-000000000003","min\u0075tes":5}]})");
+  ASSERT_EQ(escaped.size(), 1u);
+  EXPECT_EQ(escaped[0].id.uuidString(), "C0DE5EED-0B4A-4C2A-9D6E-000000000003");
+  EXPECT_EQ(escaped[0].minutes, 5);
+  EXPECT_THROW(decodePauses(R"({"pauses":[{"\x":1}]})"), JsonDecodingError);
 }
 
 TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <type_traits>
 #include <unordered_map>
 
@@ -592,9 +593,21 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
           entry.setModifiedAt(modifiedAt);
         });
   }
+  // Adjustments share a handful of kinds: each is normalised once.
+  struct NormalizedKind {
+    std::string rawValue;
+    AdjustmentCategoryBehavior behavior;
+  };
+  std::map<std::string, NormalizedKind, std::less<>> normalizedKinds;
   for (const BalanceAdjustmentRecord& r : balanceAdjustments) {
-    std::string kind = AdjustmentCategoryValidation::normalizedRawValue(r.kind);
-    const std::int64_t minutes = AdjustmentCategoryValidation::normalizedMinutes(r.minutes, kind);
+    auto known = normalizedKinds.find(r.kind);
+    if (known == normalizedKinds.end()) {
+      std::string normalized = AdjustmentCategoryValidation::normalizedRawValue(r.kind);
+      const AdjustmentCategoryBehavior behavior = AdjustmentCategoryValidation::behavior(normalized);
+      known = normalizedKinds.emplace(r.kind, NormalizedKind{std::move(normalized), behavior}).first;
+    }
+    std::string kind = known->second.rawValue;
+    const std::int64_t minutes = AdjustmentCategoryValidation::normalizedMinutes(r.minutes, known->second.behavior);
     std::string note = NoteValidation::normalized(r.note);
     const Date modifiedAt = normalizedModifiedAt(r.modifiedAt, now);
     const Date createdAt = normalizedCreatedAt(r.createdAt, modifiedAt);

@@ -145,8 +145,37 @@ std::string Calendar::timeZoneDataVersion() {
   return U_SUCCESS(status) && version != nullptr ? version : "";
 }
 
+void Calendar::findOffsetSegment(double utc) const {
+  segment_ = OffsetSegment{};
+  const auto* zone = dynamic_cast<const icu::BasicTimeZone*>(&calendar_->getTimeZone());
+  if (zone == nullptr) return;
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t rawOffset = 0;
+  int32_t dstOffset = 0;
+  zone->getOffset(utc, false, rawOffset, dstOffset, status);
+  if (U_FAILURE(status)) return;
+  icu::TimeZoneTransition transition;
+  const double start = zone->getPreviousTransition(utc, true, transition) ? transition.getTime() : -1e300;
+  const double end = zone->getNextTransition(utc, false, transition) ? transition.getTime() : 1e300;
+  segment_ = OffsetSegment{start, end, rawOffset, dstOffset};
+}
+
 Date Calendar::startOfDay(Date date) const {
   if (!isRepresentable(date)) return date;
+  // Two days and more from the zone's transitions the offset holds all
+  // day, and the day's midnight is the one instant with that wall time: it
+  // is the local day's start less the offset, as the calendar below works
+  // it out (the local time as it adds the offsets, floored to the day).
+  // Only for the years 1 to 9999, beyond which the calendar's limits apply.
+  constexpr double margin = 2 * millisecondsPerDay;
+  const UDate utc = toICU(date);
+  if (utc > -62135596800000.0 + margin && utc < 253402300800000.0 - margin) {
+    if (!(utc - margin >= segment_.start && utc + margin < segment_.end)) findOffsetSegment(utc);
+    if (utc - margin >= segment_.start && utc + margin < segment_.end) {
+      const int32_t offset = segment_.rawOffset + segment_.dstOffset;
+      return fromICU(std::floor((utc + offset) / millisecondsPerDay) * millisecondsPerDay - offset);
+    }
+  }
   UErrorCode status = U_ZERO_ERROR;
   calendar_->setTime(toICU(date), status);
   calendar_->set(UCAL_HOUR_OF_DAY, 0);

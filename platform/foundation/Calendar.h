@@ -87,7 +87,21 @@ class Calendar {
 
  private:
   explicit Calendar(std::unique_ptr<icu::Calendar> calendar);
+  /// Points segment_ at the stretch between the zone's two transitions
+  /// around `utc` (ICU milliseconds); empty when the zone cannot say.
+  void findOffsetSegment(double utc) const;
+
   std::unique_ptr<icu::Calendar> calendar_;
+  /// A stretch of time without a change of the zone's offset, in ICU
+  /// milliseconds, with that offset: startOfDay() works out the days well
+  /// inside it by arithmetic.
+  struct OffsetSegment {
+    double start = 0;
+    double end = 0;
+    std::int32_t rawOffset = 0;
+    std::int32_t dstOffset = 0;
+  };
+  mutable OffsetSegment segment_;
 };
 
 }  // namespace quillmont

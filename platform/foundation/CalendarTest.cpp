@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unicode/calendar.h>
+
 #include <cmath>
+#include <cstdint>
+#include <memory>
 
 #include "platform/foundation/DateFormatter.h"
 
@@ -70,6 +74,50 @@ TEST(Calendar, DaysMatchesStartOfDayWalkAcrossZones) {
       expected = calendar.startOfDay(expected + 12 * 3600.0);
     }
     EXPECT_EQ(index, days.size());
+  }
+}
+
+// The day's start as the ICU calendar resolves midnight of the day it
+// computes for `date`, gaps and repeated hours included.
+Date icuStartOfDay(const Calendar& calendar, Date date) {
+  const std::unique_ptr<icu::Calendar> reference(calendar.icuCalendar().clone());
+  UErrorCode status = U_ZERO_ERROR;
+  reference->setTime(date.timeIntervalSince1970() * 1000.0, status);
+  for (const auto field : {UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND, UCAL_MILLISECOND}) reference->set(field, 0);
+  const UDate start = reference->getTime(status);
+  EXPECT_TRUE(U_SUCCESS(status));
+  return Date::fromTimeIntervalSince1970(start / 1000.0);
+}
+
+// Day starts far from a zone's transitions are worked out by arithmetic;
+// they must be the calendar's own, in zones whose midnights were skipped
+// or repeated, with half-hour and negative daylight saving, a skipped
+// date, in other calendar systems, with fractions of a second, before
+// 1970 and at the ends of the years 1 to 9999, visited in and out of order.
+TEST(Calendar, StartOfDayIsTheCalendarsMidnight) {
+  const std::pair<const char*, const char*> calendars[] = {
+      {"Europe/Berlin", "en_US_POSIX"},        {"America/Sao_Paulo", "en_US_POSIX"},
+      {"America/Havana", "en_US_POSIX"},       {"Asia/Beirut", "en_US_POSIX"},
+      {"Pacific/Apia", "en_US_POSIX"},         {"Australia/Lord_Howe", "en_US_POSIX"},
+      {"Europe/Dublin", "en_US_POSIX"},        {"America/St_Johns", "en_US_POSIX"},
+      {"America/Sitka", "en_US_POSIX"},        {"Asia/Kolkata", "th_TH@calendar=buddhist"},
+      {"Asia/Jerusalem", "he_IL@calendar=hebrew"}, {"UTC", "en_US_POSIX"}};
+  for (const auto& [zone, locale] : calendars) {
+    SCOPED_TRACE(std::string(zone) + " " + locale);
+    for (const auto& calendar : {calendarIn(zone, locale), *Calendar::iso8601(zone)}) {
+      // Every 61 hours and a bit from 1860 to 2045, then jumps across the years 1 to 9999.
+      for (double at = -3'500'000'000.0; at < 2'400'000'000.0; at += 61 * 3600.0 + 0.375) {
+        const Date date = Date::fromTimeIntervalSince1970(at);
+        ASSERT_EQ(calendar.startOfDay(date), icuStartOfDay(calendar, date)) << ymdhm(calendar, date);
+      }
+      std::uint64_t state = 88172645463325252u;
+      for (int jump = 0; jump < 2000; ++jump) {
+        state ^= state << 13, state ^= state >> 7, state ^= state << 17;
+        const double at = -62'135'596'800.0 + static_cast<double>(state % 315'537'897'600'000u) / 1000.0;
+        const Date date = Date::fromTimeIntervalSince1970(at);
+        ASSERT_EQ(calendar.startOfDay(date), icuStartOfDay(calendar, date)) << at;
+      }
+    }
   }
 }
 

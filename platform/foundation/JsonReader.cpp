@@ -95,6 +95,19 @@ double number(simdjson::ondemand::value& value, const Path& path) {
 }
 
 std::string_view string(simdjson::ondemand::value& value, const Path& path) {
+  // A string without escapes is its own text, which the parser has checked
+  // (well-formed UTF-8, no raw control characters, closed): it is read where
+  // it lies instead of being copied into the parser's string buffer, which
+  // never shrinks while a document is read.
+  const std::string_view token = value.raw_json_token();
+  if (!token.empty() && token.front() == '"') [[likely]] {
+    std::size_t end = 1;
+    while (end < token.size() && token[end] != '"' && token[end] != '\\') ++end;
+    simdjson::ondemand::raw_json_string consumed;
+    if (end < token.size() && token[end] == '"' && !value.get_raw_json_string().get(consumed)) [[likely]] {
+      return token.substr(1, end - 1);
+    }
+  }
   std::string_view result;
   if (auto error = value.get_string().get(result)) [[unlikely]] failRead(error, value, path, "a string");
   return result;

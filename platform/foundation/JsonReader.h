@@ -129,10 +129,13 @@ template <std::size_t N, class Read>
 void readObject(simdjson::ondemand::value& value, const Path& path, const Key (&keys)[N], Read&& read) {
   static_assert(N <= 64, "one object's keys are tracked in 64 bits");
   std::uint64_t seen = 0;
+  std::size_t expected = 0;  // writers tend to put the keys in one order: the next one is tried first
   for (auto result : detail::object(value, path)) {
     simdjson::ondemand::field field;
     if (auto error = std::move(result).get(field)) [[unlikely]] detail::fail(error, path);
-    const std::size_t index = detail::findKey(keys, detail::key(field, path));
+    const std::string_view name = detail::key(field, path);
+    const std::size_t index = expected < N && keys[expected].name == name ? expected : detail::findKey(keys, name);
+    expected = index + 1;
     if (index == N) continue;
     seen |= std::uint64_t{1} << index;
     read(index, field.value(), path.member(keys[index].name));

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <map>
 #include <type_traits>
-#include <unordered_map>
 
 #include "core/archive/TimeBankArchiveError.h"
 #include "core/engine/DataStoreMaintenance.h"
@@ -351,23 +350,44 @@ std::uint64_t mixedBits(const UUID& id) {
   return mixed * 0xD6E8FEB86659FD93;
 }
 
-// One open-addressing table of record positions per list: linear in the
-// list, with no allocation per record.
+// Positions in a list by identifier: an open-addressing table, linear in
+// the list and with no allocation per entry. `idAt(position)` is the
+// identifier of the list's entry at `position`.
+template <class IdAt>
+class IdentifierTable {
+ public:
+  IdentifierTable(std::size_t count, IdAt idAt) : idAt_(std::move(idAt)) {
+    while ((std::size_t{1} << bits_) < 2 * count) ++bits_;
+    slots_.assign(std::size_t{1} << bits_, 0);
+  }
+
+  /// Where `id` is kept: 0 while no entry has it, else 1 + the position of
+  /// the entry kept for it.
+  std::uint32_t& slot(const UUID& id) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t slot = static_cast<std::size_t>(mixedBits(id) >> (64 - bits_));
+    while (slots_[slot] != 0 && idAt_(slots_[slot] - 1) != id) slot = (slot + 1) & mask;
+    return slots_[slot];
+  }
+  /// The position of the entry kept for `id`, if any.
+  std::optional<std::size_t> find(const UUID& id) {
+    const std::uint32_t kept = slot(id);
+    return kept == 0 ? std::nullopt : std::optional<std::size_t>(kept - 1);
+  }
+
+ private:
+  IdAt idAt_;
+  int bits_ = 2;
+  std::vector<std::uint32_t> slots_;
+};
+
 template <class Record>
 bool hasDuplicateIdentifiers(const std::vector<Record>& records) {
-  if (records.size() < 2) return false;
-  int bits = 2;
-  while ((std::size_t{1} << bits) < 2 * records.size()) ++bits;
-  const std::size_t mask = (std::size_t{1} << bits) - 1;
-  std::vector<std::uint32_t> slots(mask + 1, 0);  // position + 1; 0 is empty
+  IdentifierTable table(records.size(), [&records](std::size_t position) -> const UUID& { return records[position].id; });
   for (std::size_t position = 0; position < records.size(); ++position) {
-    const UUID& id = records[position].id;
-    std::size_t slot = static_cast<std::size_t>(mixedBits(id) >> (64 - bits));
-    while (slots[slot] != 0) {
-      if (records[slots[slot] - 1].id == id) return true;
-      slot = (slot + 1) & mask;
-    }
-    slots[slot] = static_cast<std::uint32_t>(position + 1);
+    std::uint32_t& kept = table.slot(records[position].id);
+    if (kept != 0) return true;
+    kept = static_cast<std::uint32_t>(position + 1);
   }
   return false;
 }
@@ -378,15 +398,35 @@ using RecordTimestampValidation::normalizedCreatedAt;
 using RecordTimestampValidation::normalizedModifiedAt;
 
 template <class Model>
-using IdentifierMap = std::unordered_map<UUID, std::shared_ptr<Model>>;
+using StoredRecords = std::vector<std::shared_ptr<Model>>;
+
+// The stored records of one type by identifier, one record each.
+template <class Model>
+class StoredIndex {
+ public:
+  explicit StoredIndex(const StoredRecords<Model>& records) : records_(records), table_(records.size(), IdOf{&records}) {}
+
+  std::uint32_t& slot(const UUID& id) { return table_.slot(id); }
+  Model* find(const UUID& id) {
+    const auto position = table_.find(id);
+    return position ? records_[*position].get() : nullptr;
+  }
+
+ private:
+  struct IdOf {
+    const StoredRecords<Model>* records;
+    const UUID& operator()(std::size_t position) const { return (*records)[position]->id(); }
+  };
+  const StoredRecords<Model>& records_;
+  IdentifierTable<IdOf> table_;
+};
 
 // Brings the stored side into shape before matching: timestamps normalised
 // on every record (settings have no creation time), then one record per
 // identifier, the latest modified, the first fetched among equals; the
-// others are deleted. Returns the map of the survivors.
+// others are deleted. Returns the index of the survivors.
 template <class Model>
-IdentifierMap<Model> storedRecordsByIdentifier(ModelContext& context, const std::vector<std::shared_ptr<Model>>& records,
-                                               Date now) {
+StoredIndex<Model> storedRecordsByIdentifier(ModelContext& context, const StoredRecords<Model>& records, Date now) {
   for (const auto& record : records) {
     const Date modifiedAt = normalizedModifiedAt(record->modifiedAt(), now);
     if constexpr (!std::is_same_v<Model, TimeBankSettings>) {
@@ -394,61 +434,69 @@ IdentifierMap<Model> storedRecordsByIdentifier(ModelContext& context, const std:
     }
     record->setModifiedAt(modifiedAt);
   }
-  IdentifierMap<Model> map;
-  map.reserve(records.size());
-  for (const auto& record : records) {
-    const auto [position, isNew] = map.try_emplace(record->id(), record);
-    if (!isNew && position->second->modifiedAt() < record->modifiedAt()) position->second = record;
-  }
-  if (map.size() != records.size()) {
-    for (const auto& record : records) {
-      if (map.find(record->id())->second != record) context.deleteRecord(record);
+  StoredIndex<Model> index(records);
+  std::size_t kept = 0;
+  for (std::size_t position = 0; position < records.size(); ++position) {
+    std::uint32_t& slot = index.slot(records[position]->id());
+    if (slot == 0) {
+      ++kept;
+      slot = static_cast<std::uint32_t>(position + 1);
+    } else if (records[slot - 1]->modifiedAt() < records[position]->modifiedAt()) {
+      slot = static_cast<std::uint32_t>(position + 1);
     }
   }
-  return map;
+  if (kept != records.size()) {
+    for (const auto& record : records) {
+      if (index.find(record->id()) != record.get()) context.deleteRecord(record);
+    }
+  }
+  return index;
 }
 
 // Counts one archive record and applies it: inserted when the store lacks
 // its identifier, assigned when it was modified strictly later than the
 // stored record, else left aside.
 template <class Model, class Insert, class Update>
-void mergeRecord(ModelContext& context, const IdentifierMap<Model>& stored, const UUID& id, Date modifiedAt,
+void mergeRecord(ModelContext& context, StoredIndex<Model>& stored, const UUID& id, Date modifiedAt,
                  TimeBankArchiveMergeResult& result, Insert insert, Update update) {
-  const auto match = stored.find(id);
-  if (match == stored.end()) {
+  Model* const match = stored.find(id);
+  if (match == nullptr) {
     context.insert(insert());
     ++result.inserted;
-  } else if (match->second->modifiedAt() < modifiedAt) {
-    update(*match->second);
+  } else if (match->modifiedAt() < modifiedAt) {
+    update(*match);
     ++result.updated;
   } else {
     ++result.unchanged;
   }
 }
 
-// The normalised modification time that merge() matches against, per
-// stored identifier: that of the record it keeps, the latest modified.
-template <class Model>
-std::unordered_map<UUID, Date> storedModificationTimes(ModelContext& context, Date now) {
-  std::unordered_map<UUID, Date> times;
-  context.forEach<Model>({"id", "modifiedAt"}, [&](const Model& record) {
-    const Date modifiedAt = normalizedModifiedAt(record.modifiedAt(), now);
-    const auto [position, isNew] = times.try_emplace(record.id(), modifiedAt);
-    if (!isNew && position->second < modifiedAt) position->second = modifiedAt;
-  });
-  return times;
-}
-
-// Counts the records of one list as mergeRecord() would.
+// Counts the records of one list as mergeRecord() would, from the stored
+// records' identifiers and normalised modification times: for each
+// identifier the latest, that of the record the merge keeps.
 template <class Model, class Record>
 void countMerge(ModelContext& context, Date now, const std::vector<Record>& records,
                 TimeBankArchiveMergeResult& result) {
-  const auto stored = storedModificationTimes<Model>(context, now);
+  struct Stored {
+    UUID id;
+    Date modifiedAt;
+  };
+  std::vector<Stored> stored;
+  context.forEach<Model>({"id", "modifiedAt"}, [&](const Model& record) {
+    stored.push_back({record.id(), normalizedModifiedAt(record.modifiedAt(), now)});
+  });
+  IdentifierTable latest(stored.size(), [&stored](std::size_t position) -> const UUID& { return stored[position].id; });
+  for (std::size_t position = 0; position < stored.size(); ++position) {
+    std::uint32_t& slot = latest.slot(stored[position].id);
+    if (slot == 0 || stored[slot - 1].modifiedAt < stored[position].modifiedAt) {
+      slot = static_cast<std::uint32_t>(position + 1);
+    }
+  }
   for (const Record& record : records) {
-    const auto match = stored.find(record.id);
-    if (match == stored.end()) {
+    const auto match = latest.find(record.id);
+    if (!match) {
       ++result.inserted;
-    } else if (match->second < normalizedModifiedAt(record.modifiedAt, now)) {
+    } else if (stored[*match].modifiedAt < normalizedModifiedAt(record.modifiedAt, now)) {
       ++result.updated;
     } else {
       ++result.unchanged;
@@ -564,10 +612,10 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
   const auto storedAdjustments = context.fetch<BalanceAdjustment>();
   const auto storedSchedules = context.fetch<WorkSchedule>();
   const auto storedSettings = context.fetch<TimeBankSettings>();
-  const auto entriesByID = storedRecordsByIdentifier(context, storedEntries, now);
-  const auto adjustmentsByID = storedRecordsByIdentifier(context, storedAdjustments, now);
-  const auto schedulesByID = storedRecordsByIdentifier(context, storedSchedules, now);
-  const auto settingsByID = storedRecordsByIdentifier(context, storedSettings, now);
+  auto entriesByID = storedRecordsByIdentifier(context, storedEntries, now);
+  auto adjustmentsByID = storedRecordsByIdentifier(context, storedAdjustments, now);
+  auto schedulesByID = storedRecordsByIdentifier(context, storedSchedules, now);
+  auto settingsByID = storedRecordsByIdentifier(context, storedSettings, now);
   const Date exportInstant = normalizedModifiedAt(exportedAt, now);
 
   TimeBankArchiveMergeResult result;

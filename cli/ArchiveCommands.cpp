@@ -90,12 +90,12 @@ auto decoded(const std::string& file, Decode decode) {
 
 void importArchive(const ImportOptions& options) {
   ProgressLine progress;
-  // The text is let go once decoded, before the store is read.
+  // The text is let go as it is decoded, before the store is read.
   const TimeBankArchive archive = [&] {
     progress.show("Reading " + options.file + "...");
-    const std::string bytes = FileTransfer::read(options.file);
+    std::string bytes = FileTransfer::read(options.file);
     progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
-    return decoded(options.file, [&] { return TimeBankArchive::decodeJSON(bytes); });
+    return decoded(options.file, [&] { return TimeBankArchive::decodeJSON(std::move(bytes)); });
   }();
   progress.show("Merging...");
   StoreSession session;

@@ -130,10 +130,9 @@ std::string mergeDevice(StoreSession& session, const UUID& id, const SyncFolder:
     }
   }
   try {
-    std::string bytes = FileTransfer::read(files.ledger->string());
-    bytes.reserve(bytes.size() + JsonReader::padding);
-    const auto result =
-        SyncMerge::merge(session.context(), TimeBankArchive::decodeJSON(bytes), deletions, session.now());
+    const auto result = SyncMerge::merge(
+        session.context(), TimeBankArchive::decodeJSON(FileTransfer::read(files.ledger->string())), deletions,
+        session.now());
     known.problem.clear();
     std::string line = "Merged " + deviceLabel(known.name, id) + ": inserted " +
                        std::to_string(result.merged.inserted) + ", updated " + std::to_string(result.merged.updated) +

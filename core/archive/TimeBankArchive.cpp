@@ -577,6 +577,12 @@ TimeBankArchive TimeBankArchive::decodeJSON(std::string_view json) {
   return archive;
 }
 
+TimeBankArchive TimeBankArchive::decodeJSON(std::string&& json) {
+  TimeBankArchive archive = JsonReader::parseConsuming(std::move(json), readArchive);
+  archive.validate();
+  return archive;
+}
+
 TimeBankArchive TimeBankArchive::decodeJSON(const std::string& json) {
   TimeBankArchive archive = JsonReader::parseInPlace(json, readArchive);
   archive.validate();

@@ -121,6 +121,11 @@ struct TimeBankArchive {
   /// leaves JsonReader::padding spare bytes after the text: reserve them
   /// when reading a large file.
   static TimeBankArchive decodeJSON(const std::string& json);
+  /// The same, reading a text handed over: the memory of the text read
+  /// through is given back as decoding goes on (see
+  /// JsonReader::parseConsuming), so the document and the archive are not
+  /// both resident in whole.
+  static TimeBankArchive decodeJSON(std::string&& json);
   static TimeBankArchive decodeJSON(const char* json) { return decodeJSON(std::string_view(json)); }
 
   /// Checks, in this order, the format version, the size of each list, the

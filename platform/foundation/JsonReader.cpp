@@ -1,5 +1,8 @@
 #include "platform/foundation/JsonReader.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cmath>
 
 namespace quillmont::JsonReader {
@@ -157,6 +160,41 @@ std::optional<std::vector<std::string>> stringArray(std::string_view json) {
 }
 
 namespace detail {
+
+thread_local ConsumedText* consumedText = nullptr;
+
+namespace {
+std::uintptr_t pageSize() noexcept { return static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE)); }
+// The reader never looks back, but the pages just behind it stay, and
+// pages are given back a megabyte at a time.
+constexpr std::uintptr_t keptBehind = std::uintptr_t{1} << 20;
+constexpr std::uintptr_t releaseStep = std::uintptr_t{1} << 20;
+}  // namespace
+
+ConsumedTextScope::ConsumedTextScope(const std::string& text) noexcept : previous_(consumedText) {
+  const auto begin = reinterpret_cast<std::uintptr_t>(text.data());
+  const std::uintptr_t page = pageSize();
+  // Whole pages within the text only: the allocator's own bytes around it stay untouched.
+  text_.begin = begin;
+  text_.end = (begin + text.size()) & ~(page - 1);
+  text_.releasedUpTo = (begin + page - 1) & ~(page - 1);
+  consumedText = &text_;
+}
+
+ConsumedTextScope::~ConsumedTextScope() { consumedText = previous_; }
+
+void releaseReadText(simdjson::ondemand::value& element) noexcept {
+  ConsumedText& text = *consumedText;
+  const char* location = nullptr;
+  if (element.current_location().get(location)) return;
+  const auto at = reinterpret_cast<std::uintptr_t>(location);
+  // Elements of another document (a parse within the parse) are not ours.
+  if (at < text.begin || at > text.end || at < text.releasedUpTo + keptBehind + releaseStep) return;
+  const std::uintptr_t upTo = (at - keptBehind) & ~(pageSize() - 1);
+  if (upTo <= text.releasedUpTo) return;
+  ::madvise(reinterpret_cast<void*>(text.releasedUpTo), upTo - text.releasedUpTo, MADV_DONTNEED);
+  text.releasedUpTo = upTo;
+}
 
 void fail(simdjson::error_code error, const Path& path) {
   std::string problem = "not valid JSON: ";

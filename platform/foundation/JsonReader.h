@@ -14,7 +14,9 @@
 //   an object through readObject(), which visits its fields as they come.
 // - The callback consumes the whole top-level value it is given (readObject
 //   and forEachElement do; returning half-way reads as trailing content).
-// - String views returned by string() live until parse() returns.
+// - String views returned by string() live until parse() returns; under
+//   parseConsuming(), only until the next element of an array is read:
+//   copy what you keep.
 #pragma once
 
 #include "platform/foundation/UUID.h"
@@ -114,6 +116,29 @@ inline std::string_view key(simdjson::ondemand::field& field, const Path& path) 
   if (*end == '"') [[likely]] return {start, static_cast<std::size_t>(end - start)};
   return unescapedKey(field, path);
 }
+/// The text of a parseConsuming() under way on this thread, whose pages
+/// before `releasedUpTo` are given back.
+struct ConsumedText {
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+  std::uintptr_t releasedUpTo = 0;
+};
+extern thread_local ConsumedText* consumedText;
+/// Gives back the pages of the consumed text well behind where the reader
+/// now is, when it has moved on far enough since the last time.
+void releaseReadText(simdjson::ondemand::value& element) noexcept;
+/// Makes `text` the consumed text of this thread while it lives.
+class ConsumedTextScope {
+ public:
+  explicit ConsumedTextScope(const std::string& text) noexcept;
+  ~ConsumedTextScope();
+  ConsumedTextScope(const ConsumedTextScope&) = delete;
+  ConsumedTextScope& operator=(const ConsumedTextScope&) = delete;
+
+ private:
+  ConsumedText text_;
+  ConsumedText* previous_;
+};
 template <class Read>
 using ReadResult = std::remove_cvref_t<std::invoke_result_t<Read&, simdjson::ondemand::value&>>;
 simdjson::ondemand::document iterate(simdjson::ondemand::parser& parser, simdjson::padded_string_view json);
@@ -156,6 +181,7 @@ void forEachElement(simdjson::ondemand::value& value, const Path& path, Read&& r
     simdjson::ondemand::value element;
     if (auto error = std::move(result).get(element)) [[unlikely]] detail::fail(error, path.element(index));
     read(element, path.element(index));
+    if (detail::consumedText != nullptr) detail::releaseReadText(element);
     ++index;
   }
 }
@@ -198,6 +224,17 @@ detail::ReadResult<Read> parseInPlace(simdjson::padded_string_view json, Read&& 
 template <class Read>
 detail::ReadResult<Read> parseInPlace(const std::string& json, Read&& read) {
   return parseInPlace(simdjson::padded_string_view(json), read);
+}
+
+/// parseInPlace() on a text handed over to it, which it gives back to the
+/// system as it goes: the pages read through, a megabyte behind the
+/// reader, are dropped as the elements of arrays are read, so a large
+/// document is not resident in whole beside what is decoded from it.
+template <class Read>
+detail::ReadResult<Read> parseConsuming(std::string json, Read&& read) {
+  if (json.capacity() - json.size() < padding) json.reserve(json.size() + padding);
+  const detail::ConsumedTextScope scope(json);
+  return parseInPlace(json, read);
 }
 
 /// parseInPlace() on one padded copy of `json`.

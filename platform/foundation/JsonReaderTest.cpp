@@ -110,6 +110,51 @@ TEST(JsonReaderTest, DecodesStructsFromObjectsInAnyKeyOrder) {
   EXPECT_THROW(decodePauses(R"({"pauses":[{"\x":1}]})"), JsonDecodingError);
 }
 
+// A text handed over is read like any other, while the pages read through
+// are given back (they read as zeros then); a parse within the parse, of
+// another text, leaves that text alone.
+TEST(JsonReaderTest, ParseConsumingReadsAndGivesBackTheText) {
+  std::string json = R"({"pauses":[)";
+  for (int i = 0; i < 60000; ++i) {
+    if (i > 0) json += ',';
+    json += R"({"id":"C0DE5EED-0B4A-4C2A-9D6E-)" + std::to_string(100000000000 + i) + R"(","minutes":)" +
+            std::to_string(i % 480) + R"(,"note":"pause \"number\" )" + std::to_string(i) +
+            R"(","skipped":[1,{"deep":"text that is skipped"}]})";
+  }
+  json += "]}";
+  ASSERT_GT(json.size(), std::size_t{6} << 20);
+  const std::vector<Pause> expected = decodePauses(json);
+  ASSERT_EQ(expected.size(), 60000u);
+
+  const std::string other = R"(["inner", "array"])";
+  std::size_t index = 0;
+  const char* early = nullptr;  // a place in the text some 200 kB in
+  bool mismatch = false;
+  bool releasedBehind = false;
+  static constexpr JsonReader::Key documentKeys[] = {JsonReader::requiredKey("pauses")};
+  JsonReader::parseConsuming(json, [&](value& root) {
+    JsonReader::readObject(root, Path(), documentKeys, [&](std::size_t, value& list, const Path& at) {
+      JsonReader::forEachElement(list, at, [&](value& element, const Path& elementAt) {
+        static constexpr JsonReader::Key keys[] = {JsonReader::requiredKey("id"), JsonReader::requiredKey("minutes")};
+        Pause pause;
+        JsonReader::readObject(element, elementAt, keys, [&](std::size_t key, value& field, const Path& fieldAt) {
+          if (key == 0) pause.id = JsonReader::uuid(field, fieldAt);
+          if (key == 1) pause.minutes = JsonReader::int64(field, fieldAt);
+        });
+        mismatch |= pause.id != expected[index].id || pause.minutes != expected[index].minutes;
+        if (index == 1000) early = element.current_location().value();
+        if (index == 30000) mismatch |= JsonReader::stringArray(other) != std::vector<std::string>{"inner", "array"};
+        if (index == 59999) releasedBehind = early != nullptr && early[0] == '\0' && early[4095] == '\0';
+        ++index;
+      });
+    });
+  });
+  EXPECT_EQ(index, 60000u);
+  EXPECT_FALSE(mismatch);
+  EXPECT_TRUE(releasedBehind);
+  EXPECT_EQ(other, R"(["inner", "array"])");
+}
+
 TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {
   const std::string id = R"("id":"C0DE5EED-0B4A-4C2A-9D6E-000000000001")";
   const std::pair<std::string, std::string_view> failures[] = {

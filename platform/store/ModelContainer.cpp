@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <map>
 #include <set>
 #include <utility>
 
@@ -156,12 +155,11 @@ void keepPrivate(const std::filesystem::path& store) {
 /// Every table's columns, by table name, read in one statement: a store is
 /// opened by every command, and compiling a statement per table cost more
 /// than reading them.
-std::map<std::string, std::set<std::string>, std::less<>> columnsByTable(const SQLiteDatabase& database) {
-  SQLiteStatement statement = database.prepare(
-      "SELECT m.name, c.name FROM sqlite_master AS m JOIN pragma_table_info(m.name) AS c WHERE m.type = 'table'");
-  std::map<std::string, std::set<std::string>, std::less<>> columns;
-  while (statement.step()) columns[statement.columnText(0)].insert(statement.columnText(1));
-  return columns;
+/// Whether the file has `table` (with `column` unless that is null), as
+/// SQLite read its schema: no statement to prepare.
+bool hasColumn(const SQLiteDatabase& database, const std::string& table, const char* column) {
+  return sqlite3_table_column_metadata(database.handle(), "main", table.c_str(), column, nullptr, nullptr, nullptr,
+                                       nullptr, nullptr) == SQLITE_OK;
 }
 
 /// The statements that create the schema's indexes the file lacks.
@@ -201,12 +199,7 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   const auto notAStore = [&](const std::string& why) { return StoreError(Code::notAStore, label + " " + why); };
-  const auto tables = columnsByTable(database);
-  const auto columnsOf = [&](std::string_view table) {
-    const auto found = tables.find(table);
-    return found == tables.end() ? std::set<std::string>() : found->second;
-  };
-  if (fileApplicationId != applicationId || columnsOf(metadataTable).empty()) {
+  if (fileApplicationId != applicationId || !hasColumn(database, std::string(metadataTable), nullptr)) {
     throw notAStore("is not a Quillmont store");
   }
   std::optional<std::vector<std::int64_t>> stored;
@@ -232,14 +225,13 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   for (const auto& entity : schema.entities) {
-    const auto columns = columnsOf(entity.name);
-    if (columns.empty()) {
+    if (!hasColumn(database, entity.name, nullptr)) {
       changes.push_back(createTable(entity));
       continue;
     }
-    if (!columns.contains(std::string(keyColumn))) throw notAStore("has a damaged table " + entity.name);
+    if (!hasColumn(database, entity.name, keyColumn.data())) throw notAStore("has a damaged table " + entity.name);
     for (const auto& attribute : entity.attributes) {
-      if (!columns.contains(attribute.name)) {
+      if (!hasColumn(database, entity.name, attribute.name.c_str())) {
         changes.push_back("ALTER TABLE " + identifier(entity.name) + " ADD COLUMN " + columnDefinition(attribute));
       }
     }

@@ -170,8 +170,11 @@ Date Calendar::startOfDay(Date date) const {
   constexpr double margin = 2 * millisecondsPerDay;
   const UDate utc = toICU(date);
   if (utc > -62135596800000.0 + margin && utc < 253402300800000.0 - margin) {
-    if (!(utc - margin >= segment_.start && utc + margin < segment_.end)) findOffsetSegment(utc);
-    if (utc - margin >= segment_.start && utc + margin < segment_.end) {
+    // Finding a stretch costs as much as a few calendar round trips: a
+    // calendar asked only now and then goes on asking ICU.
+    const auto inSegment = [&] { return utc - margin >= segment_.start && utc + margin < segment_.end; };
+    if (!inSegment() && ++segment_.misses > 4) findOffsetSegment(utc);
+    if (inSegment()) {
       const int32_t offset = segment_.rawOffset + segment_.dstOffset;
       return fromICU(std::floor((utc + offset) / millisecondsPerDay) * millisecondsPerDay - offset);
     }

@@ -100,6 +100,8 @@ class Calendar {
     double end = 0;
     std::int32_t rawOffset = 0;
     std::int32_t dstOffset = 0;
+    /// Days asked for outside the stretch since it was found.
+    std::uint32_t misses = 0;
   };
   mutable OffsetSegment segment_;
 };

@@ -49,17 +49,25 @@ std::optional<std::pair<int, int>> timeOfDay(std::string_view text) {
 }
 
 // A Gregorian calendar in the time zone of `calendar`, with the rules for
-// skipped and repeated wall-clock times stated in the header.
-std::unique_ptr<icu::GregorianCalendar> gregorian(const Calendar& calendar) {
-  const std::string zone = calendar.timeZoneIdentifier();
-  UErrorCode status = U_ZERO_ERROR;
-  auto result = std::make_unique<icu::GregorianCalendar>(
-      icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(zone)), icu::Locale::getRoot(), status);
-  // Proleptic Gregorian: no Julian dates before 1582.
-  result->setGregorianChange(-8.64e15, status);
-  result->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-  result->setSkippedWallTimeOption(UCAL_WALLTIME_LAST);
-  return result;
+// skipped and repeated wall-clock times stated in the header. Building one
+// costs more than the rest of a day's conversion, so each thread keeps the
+// last one for its zone; every use sets the time or clears it first.
+icu::GregorianCalendar& gregorian(const Calendar& calendar) {
+  thread_local std::string builtFor;
+  thread_local std::unique_ptr<icu::GregorianCalendar> built;
+  std::string zone = calendar.timeZoneIdentifier();
+  if (!built || zone != builtFor) {
+    UErrorCode status = U_ZERO_ERROR;
+    auto result = std::make_unique<icu::GregorianCalendar>(
+        icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(zone)), icu::Locale::getRoot(), status);
+    // Proleptic Gregorian: no Julian dates before 1582.
+    result->setGregorianChange(-8.64e15, status);
+    result->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+    result->setSkippedWallTimeOption(UCAL_WALLTIME_LAST);
+    built = std::move(result);
+    builtFor = std::move(zone);
+  }
+  return *built;
 }
 
 }  // namespace
@@ -96,22 +104,22 @@ std::optional<DateTime> dateTime(std::string_view text, const Day& today) {
 bool isTimeOfDay(std::string_view text) { return timeOfDay(trimmed(text)).has_value(); }
 
 Day dayOf(Date date, const Calendar& calendar) {
-  auto civil = gregorian(calendar);
+  icu::GregorianCalendar& civil = gregorian(calendar);
   UErrorCode status = U_ZERO_ERROR;
-  civil->setTime(date.timeIntervalSince1970() * 1000.0, status);
-  return Day{civil->get(UCAL_EXTENDED_YEAR, status), civil->get(UCAL_MONTH, status) + 1, civil->get(UCAL_DATE, status)};
+  civil.setTime(date.timeIntervalSince1970() * 1000.0, status);
+  return Day{civil.get(UCAL_EXTENDED_YEAR, status), civil.get(UCAL_MONTH, status) + 1, civil.get(UCAL_DATE, status)};
 }
 
 Date instant(const DateTime& dateTime, const Calendar& calendar) {
-  auto civil = gregorian(calendar);
-  civil->clear();
-  civil->set(UCAL_EXTENDED_YEAR, dateTime.day.year);
-  civil->set(UCAL_MONTH, dateTime.day.month - 1);
-  civil->set(UCAL_DATE, dateTime.day.day);
-  civil->set(UCAL_HOUR_OF_DAY, dateTime.hour);
-  civil->set(UCAL_MINUTE, dateTime.minute);
+  icu::GregorianCalendar& civil = gregorian(calendar);
+  civil.clear();
+  civil.set(UCAL_EXTENDED_YEAR, dateTime.day.year);
+  civil.set(UCAL_MONTH, dateTime.day.month - 1);
+  civil.set(UCAL_DATE, dateTime.day.day);
+  civil.set(UCAL_HOUR_OF_DAY, dateTime.hour);
+  civil.set(UCAL_MINUTE, dateTime.minute);
   UErrorCode status = U_ZERO_ERROR;
-  const UDate milliseconds = civil->getTime(status);
+  const UDate milliseconds = civil.getTime(status);
   return Date::fromTimeIntervalSince1970(milliseconds / 1000.0);
 }
 

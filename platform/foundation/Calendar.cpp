@@ -301,11 +301,14 @@ std::vector<Calendar::Day> Calendar::days(Date first, Date last) const {
     } else if (zone != nullptr) {
       zone->getOffsetFromLocal(localMidnight, UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_FORMER, rawOffset, dstOffset, status);
       start = localMidnight - rawOffset - dstOffset;
-      icu::TimeZoneTransition transition;
-      segmentStart = zone->getPreviousTransition(start, true, transition) ? transition.getTime() : -1e300;
-      segmentEnd = zone->getNextTransition(start, false, transition) ? transition.getTime() : 1e300;
-      calendar_->getTimeZone().getOffset(start, false, rawOffset, dstOffset, status);
-      segmentOffset = rawOffset + dstOffset;
+      // The days just before a transition still lie in the stretch known.
+      if (!(start >= segmentStart && start < segmentEnd)) {
+        icu::TimeZoneTransition transition;
+        segmentStart = zone->getPreviousTransition(start, true, transition) ? transition.getTime() : -1e300;
+        segmentEnd = zone->getNextTransition(start, false, transition) ? transition.getTime() : 1e300;
+        calendar_->getTimeZone().getOffset(start, false, rawOffset, dstOffset, status);
+        segmentOffset = rawOffset + dstOffset;
+      }
     } else {
       start = toICU(startOfDay(fromICU(localMidnight - rawOffset - dstOffset)));
     }

@@ -15,22 +15,12 @@
 # release), hyperfine and python3. Timings vary with the machine.
 set -eu
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-quillmont="$root/build/release/cli/quillmont"
+name=archive-import
+. "$(dirname "$0")/whole-process.sh"
 bench="$root/build/release/bench/bench_archive"
-for tool in hyperfine python3; do
-  if ! command -v "$tool" >/dev/null 2>&1; then
-    echo "archive-import: $tool is not installed; skipping (Debian: apt install $tool)" >&2
-    exit 0
-  fi
-done
-if [ ! -x "$quillmont" ] || [ ! -x "$bench" ]; then
-  echo "archive-import: build the release preset first (cmake --preset release && cmake --build --preset release)" >&2
-  exit 1
-fi
+require_tools hyperfine python3
+require_programs "$quillmont" "$bench"
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 export TZ="${TZ:-Europe/Berlin}" NO_COLOR=1
 document="$work/archive.json"
 "$bench" --write-document "$document"

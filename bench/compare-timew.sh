@@ -13,22 +13,12 @@
 # timewarrior it says so and stops. Timings vary with the machine; read the ratios.
 set -eu
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-quillmont="$root/build/release/cli/quillmont"
+name=compare-timew
+. "$(dirname "$0")/whole-process.sh"
 generate="$root/build/release/cli/quillmont_generate_store"
-for tool in timew hyperfine python3; do
-  if ! command -v "$tool" >/dev/null 2>&1; then
-    echo "compare-timew: $tool is not installed; skipping the comparison (Debian: apt install $tool)" >&2
-    exit 0
-  fi
-done
-if [ ! -x "$quillmont" ] || [ ! -x "$generate" ]; then
-  echo "compare-timew: build the release preset first (cmake --preset release && cmake --build --preset release)" >&2
-  exit 1
-fi
+require_tools timew hyperfine python3
+require_programs "$quillmont" "$generate"
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 export TZ="${TZ:-Europe/Berlin}" QUILLMONT_HOME="$work/quillmont" TIMEWARRIORDB="$work/timewarrior" NO_COLOR=1
 mkdir -p "$QUILLMONT_HOME" "$TIMEWARRIORDB/data"
 : >"$TIMEWARRIORDB/timewarrior.cfg"

@@ -374,6 +374,19 @@ class IdentifierTable {
     const std::uint32_t kept = slot(id);
     return kept == 0 ? std::nullopt : std::optional<std::size_t>(kept - 1);
   }
+  /// Keeps for each identifier among the first `count` entries the one
+  /// modified latest, the first among equals; returns how many identifiers
+  /// there are.
+  template <class ModifiedAt>
+  std::size_t keepLatest(std::size_t count, ModifiedAt modifiedAt) {
+    std::size_t identifiers = 0;
+    for (std::size_t position = 0; position < count; ++position) {
+      std::uint32_t& kept = slot(idAt_(position));
+      if (kept == 0) ++identifiers;
+      if (kept == 0 || modifiedAt(kept - 1) < modifiedAt(position)) kept = static_cast<std::uint32_t>(position + 1);
+    }
+    return identifiers;
+  }
 
  private:
   IdAt idAt_;
@@ -406,7 +419,10 @@ class StoredIndex {
  public:
   explicit StoredIndex(const StoredRecords<Model>& records) : records_(records), table_(records.size(), IdOf{&records}) {}
 
-  std::uint32_t& slot(const UUID& id) { return table_.slot(id); }
+  /// Keeps the latest modified record of each identifier; returns how many identifiers there are.
+  std::size_t keepLatest() {
+    return table_.keepLatest(records_.size(), [this](std::size_t position) { return records_[position]->modifiedAt(); });
+  }
   Model* find(const UUID& id) {
     const auto position = table_.find(id);
     return position ? records_[*position].get() : nullptr;
@@ -435,17 +451,7 @@ StoredIndex<Model> storedRecordsByIdentifier(ModelContext& context, const Stored
     record->setModifiedAt(modifiedAt);
   }
   StoredIndex<Model> index(records);
-  std::size_t kept = 0;
-  for (std::size_t position = 0; position < records.size(); ++position) {
-    std::uint32_t& slot = index.slot(records[position]->id());
-    if (slot == 0) {
-      ++kept;
-      slot = static_cast<std::uint32_t>(position + 1);
-    } else if (records[slot - 1]->modifiedAt() < records[position]->modifiedAt()) {
-      slot = static_cast<std::uint32_t>(position + 1);
-    }
-  }
-  if (kept != records.size()) {
+  if (index.keepLatest() != records.size()) {
     for (const auto& record : records) {
       if (index.find(record->id()) != record.get()) context.deleteRecord(record);
     }
@@ -486,12 +492,7 @@ void countMerge(ModelContext& context, Date now, const std::vector<Record>& reco
     stored.push_back({record.id(), normalizedModifiedAt(record.modifiedAt(), now)});
   });
   IdentifierTable latest(stored.size(), [&stored](std::size_t position) -> const UUID& { return stored[position].id; });
-  for (std::size_t position = 0; position < stored.size(); ++position) {
-    std::uint32_t& slot = latest.slot(stored[position].id);
-    if (slot == 0 || stored[slot - 1].modifiedAt < stored[position].modifiedAt) {
-      slot = static_cast<std::uint32_t>(position + 1);
-    }
-  }
+  latest.keepLatest(stored.size(), [&stored](std::size_t position) { return stored[position].modifiedAt; });
   for (const Record& record : records) {
     const auto match = latest.find(record.id);
     if (!match) {

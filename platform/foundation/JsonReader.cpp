@@ -43,6 +43,18 @@ std::string_view typeName(json_type type) {
   failAt(path, problem);
 }
 
+// A string value written without escapes, read in place (see
+// detail::plainText) and consumed; nothing for any other value, which is
+// left unread.
+std::optional<std::string_view> plainString(simdjson::ondemand::value& value) {
+  const std::string_view token = value.raw_json_token();
+  if (token.empty() || token.front() != '"') return std::nullopt;
+  const auto plain = detail::plainText(token.data() + 1);
+  simdjson::ondemand::raw_json_string consumed;
+  if (!plain || value.get_raw_json_string().get(consumed)) return std::nullopt;
+  return plain;
+}
+
 // A number's text as written, for messages (long ones cut short).
 std::string shortened(std::string_view token) {
   token = token.substr(0, token.find_first_of(" \t\n\r"));
@@ -98,19 +110,7 @@ double number(simdjson::ondemand::value& value, const Path& path) {
 }
 
 std::string_view string(simdjson::ondemand::value& value, const Path& path) {
-  // A string without escapes is its own text, which the parser has checked
-  // (well-formed UTF-8, no raw control characters, closed): it is read where
-  // it lies instead of being copied into the parser's string buffer, which
-  // never shrinks while a document is read.
-  const std::string_view token = value.raw_json_token();
-  if (!token.empty() && token.front() == '"') [[likely]] {
-    std::size_t end = 1;
-    while (end < token.size() && token[end] != '"' && token[end] != '\\') ++end;
-    simdjson::ondemand::raw_json_string consumed;
-    if (end < token.size() && token[end] == '"' && !value.get_raw_json_string().get(consumed)) [[likely]] {
-      return token.substr(1, end - 1);
-    }
-  }
+  if (const auto plain = plainString(value)) [[likely]] return *plain;
   std::string_view result;
   if (auto error = value.get_string().get(result)) [[unlikely]] failRead(error, value, path, "a string");
   return result;
@@ -123,18 +123,12 @@ bool boolean(simdjson::ondemand::value& value, const Path& path) {
 }
 
 UUID uuid(simdjson::ondemand::value& value, const Path& path) {
-  // An identifier written without escapes (as every writer does) is parsed
-  // where it lies in the text: a token `"` + 36 characters + `"`, none a
-  // backslash, is exactly such a string.
-  const std::string_view token = value.raw_json_token();
-  if (token.size() >= 38 && token[0] == '"' && token[37] == '"' &&
-      token.substr(1, 36).find('\\') == std::string_view::npos) [[likely]] {
-    const std::optional<UUID> result = UUID::parse(token.substr(1, 36));
-    simdjson::ondemand::raw_json_string consumed;
-    if (result && !value.get_raw_json_string().get(consumed)) [[likely]] return *result;
-  }
   std::string_view text;
-  if (auto error = value.get_string().get(text)) [[unlikely]] failRead(error, value, path, "a UUID string");
+  if (const auto plain = plainString(value)) [[likely]] {
+    text = *plain;
+  } else if (auto error = value.get_string().get(text)) [[unlikely]] {
+    failRead(error, value, path, "a UUID string");
+  }
   const std::optional<UUID> result = UUID::parse(text);
   if (!result) [[unlikely]] failAt(path, "expected a UUID in the 8-4-4-4-12 form");
   return *result;

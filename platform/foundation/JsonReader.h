@@ -106,14 +106,22 @@ simdjson::ondemand::object object(simdjson::ondemand::value& value, const Path& 
 simdjson::ondemand::array array(simdjson::ondemand::value& value, const Path& path);
 std::size_t findKey(std::span<const Key> keys, std::string_view key) noexcept;
 std::string_view unescapedKey(simdjson::ondemand::field& field, const Path& path);
-/// A field's key. Keys without escapes (every key a writer of ours makes)
-/// are read where they lie in the text, which the parser has checked to be
-/// well-formed UTF-8 with every string closed; the rest are unescaped.
-inline std::string_view key(simdjson::ondemand::field& field, const Path& path) {
-  const char* const start = field.key().raw();
-  const char* end = start;
+/// The characters of the string whose text begins at `first` (just after
+/// its opening quote), when it is written without escapes: they are its
+/// text, which the parser has checked (well-formed UTF-8, no raw control
+/// characters, every string closed), so they are read where they lie
+/// instead of being copied into the parser's string buffer, which never
+/// shrinks while a document is read. Nothing for a string with escapes.
+inline std::optional<std::string_view> plainText(const char* first) noexcept {
+  const char* end = first;
   while (*end != '"' && *end != '\\') ++end;
-  if (*end == '"') [[likely]] return {start, static_cast<std::size_t>(end - start)};
+  if (*end != '"') return std::nullopt;
+  return std::string_view(first, static_cast<std::size_t>(end - first));
+}
+/// A field's key: in place when it has no escapes (every key a writer of
+/// ours makes), else unescaped.
+inline std::string_view key(simdjson::ondemand::field& field, const Path& path) {
+  if (const auto plain = plainText(field.key().raw())) [[likely]] return *plain;
   return unescapedKey(field, path);
 }
 /// The text of a parseConsuming() under way on this thread, whose pages

@@ -152,11 +152,9 @@ void keepPrivate(const std::filesystem::path& store) {
   ::close(descriptor);
 }
 
-/// Every table's columns, by table name, read in one statement: a store is
-/// opened by every command, and compiling a statement per table cost more
-/// than reading them.
 /// Whether the file has `table` (with `column` unless that is null), as
-/// SQLite read its schema: no statement to prepare.
+/// SQLite read its schema: a store is opened by every command, and this
+/// compiles no statement.
 bool hasColumn(const SQLiteDatabase& database, const std::string& table, const char* column) {
   return sqlite3_table_column_metadata(database.handle(), "main", table.c_str(), column, nullptr, nullptr, nullptr,
                                        nullptr, nullptr) == SQLITE_OK;

@@ -152,14 +152,6 @@ void keepPrivate(const std::filesystem::path& store) {
   ::close(descriptor);
 }
 
-/// Whether the file has `table` (with `column` unless that is null), as
-/// SQLite read its schema: a store is opened by every command, and this
-/// compiles no statement.
-bool hasColumn(const SQLiteDatabase& database, const std::string& table, const char* column) {
-  return sqlite3_table_column_metadata(database.handle(), "main", table.c_str(), column, nullptr, nullptr, nullptr,
-                                       nullptr, nullptr) == SQLITE_OK;
-}
-
 /// The statements that create the schema's indexes the file lacks.
 std::vector<std::string> missingIndexes(const SQLiteDatabase& database, const Schema& schema) {
   if (schema.indexes.empty()) return {};
@@ -197,7 +189,7 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   const auto notAStore = [&](const std::string& why) { return StoreError(Code::notAStore, label + " " + why); };
-  if (fileApplicationId != applicationId || !hasColumn(database, std::string(metadataTable), nullptr)) {
+  if (fileApplicationId != applicationId || !database.hasTable(std::string(metadataTable))) {
     throw notAStore("is not a Quillmont store");
   }
   std::optional<std::vector<std::int64_t>> stored;
@@ -223,13 +215,13 @@ std::vector<std::string> schemaChanges(const SQLiteDatabase& database, const Sch
   }
 
   for (const auto& entity : schema.entities) {
-    if (!hasColumn(database, entity.name, nullptr)) {
+    if (!database.hasTable(entity.name)) {
       changes.push_back(createTable(entity));
       continue;
     }
-    if (!hasColumn(database, entity.name, keyColumn.data())) throw notAStore("has a damaged table " + entity.name);
+    if (!database.hasTable(entity.name, keyColumn.data())) throw notAStore("has a damaged table " + entity.name);
     for (const auto& attribute : entity.attributes) {
-      if (!hasColumn(database, entity.name, attribute.name.c_str())) {
+      if (!database.hasTable(entity.name, attribute.name.c_str())) {
         changes.push_back("ALTER TABLE " + identifier(entity.name) + " ADD COLUMN " + columnDefinition(attribute));
       }
     }

@@ -555,6 +555,40 @@ TEST_F(ModelContextTest, UndoRefusesWhenARecordChangedSinceAndKeepsOnlyTheLastAc
   EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 6u);  // "b" and the five oldest inserts
 }
 
+TEST_F(ModelContextTest, TheJournalForgetsTheCommandWhoseNewestSaveIsOldestAndAllOfIt) {
+  const auto container = open();
+  const auto insertTask = [](ModelContext& context, const char* title) {
+    context.insert(std::make_shared<Task>(std::string(title)));
+    context.save();
+  };
+  // Two commands interleave: the first saves again after the second.
+  ModelContext first(container);
+  first.setUndoAction("first");
+  insertTask(first, "a1");
+  ModelContext second(container);
+  second.setUndoAction("second");
+  insertTask(second, "b");
+  insertTask(first, "a2");
+  // One command more than the journal keeps: "second" is the oldest.
+  for (std::size_t i = 0; i + 1 < UndoJournal::keptCommands; ++i) {
+    ModelContext later(container);
+    later.setUndoAction("later");
+    insertTask(later, "later");
+  }
+  std::size_t undone = 0;
+  std::optional<UndoJournal::Action> last;
+  while (const auto action = container->undoLastAction()) {
+    ++undone;
+    last = action;
+  }
+  EXPECT_EQ(undone, UndoJournal::keptCommands);
+  ASSERT_TRUE(last);
+  EXPECT_EQ(last->name, "first");  // both of its saves, undone together
+  const auto left = ModelContext(open()).fetch<Task>();
+  ASSERT_EQ(left.size(), 1u);
+  EXPECT_EQ(left[0]->title(), "b");
+}
+
 TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   open();  // create the store before the writers start
   int start[2];

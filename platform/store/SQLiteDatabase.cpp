@@ -84,4 +84,9 @@ std::int64_t SQLiteDatabase::queryInt64(std::string_view sql) const {
   return statement.step() ? statement.columnInt64(0) : 0;
 }
 
+bool SQLiteDatabase::hasTable(const std::string& table, const char* column) const {
+  return sqlite3_table_column_metadata(database_, "main", table.c_str(), column, nullptr, nullptr, nullptr, nullptr,
+                                       nullptr) == SQLITE_OK;
+}
+
 }  // namespace quillmont

@@ -45,6 +45,10 @@ class SQLiteDatabase {
   SQLiteStatement prepare(std::string_view sql) const { return SQLiteStatement(database_, sql); }
   /// The first column of the first row of `sql` as an integer (0 without rows).
   std::int64_t queryInt64(std::string_view sql) const;
+  /// Whether the main database has the table `table` (and in it `column`,
+  /// unless that is null), from SQLite's parse of the schema: no statement
+  /// is compiled.
+  bool hasTable(const std::string& table, const char* column = nullptr) const;
 
   std::int64_t lastInsertRowid() const { return sqlite3_last_insert_rowid(database_); }
   bool isInTransaction() const { return sqlite3_get_autocommit(database_) == 0; }

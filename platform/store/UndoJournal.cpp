@@ -35,21 +35,10 @@ std::string UndoJournal::columnList(std::size_t entity, std::string_view prefix)
   return std::string(prefix) + quoted(keyColumn) + (attributes.empty() ? "" : ", " + attributes);
 }
 
-bool UndoJournal::tableExists(const std::string& name) const {
-  SQLiteStatement statement = database_.prepare("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1");
-  statement.bind(1, name);
-  return statement.step();
-}
-
 void UndoJournal::begin(std::string_view action, std::string_view command, Date at) {
   database_.execute("CREATE TABLE IF NOT EXISTS " + quoted(entriesTable) + " (" + quoted(keyColumn) +
                     " INTEGER PRIMARY KEY, command TEXT NOT NULL, action TEXT NOT NULL, at REAL NOT NULL)");
-  // Until more commands than are kept have been journaled there is nothing
-  // to forget, and one count costs far less than preparing the deletions.
-  if (database_.queryInt64("SELECT count(DISTINCT command) FROM " + quoted(entriesTable)) >=
-      static_cast<std::int64_t>(keptCommands)) {
-    forgetOldCommands();
-  }
+  forgetOldCommands();
 
   SQLiteStatement insert =
       database_.prepare("INSERT INTO " + quoted(entriesTable) + " (command, action, at) VALUES (?1, ?2, ?3)");
@@ -64,17 +53,41 @@ void UndoJournal::begin(std::string_view action, std::string_view command, Date 
 }
 
 void UndoJournal::forgetOldCommands() {
-  // Everything but the newest kept commands less one (a new one is about to
-  // begin), images first.
-  const std::string forgotten = "SELECT " + quoted(keyColumn) + " FROM " + quoted(entriesTable) +
-                                " WHERE command NOT IN (SELECT command FROM " + quoted(entriesTable) +
-                                " GROUP BY command ORDER BY max(" + quoted(keyColumn) + ") DESC LIMIT " +
-                                std::to_string(keptCommands - 1) + ")";
-  for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
-    if (!tableExists(tableOf(entities_[entity]))) continue;
-    database_.execute("DELETE FROM " + journalTable(entity) + " WHERE _entry IN (" + forgotten + ")");
+  // The entries of all but the newest kept commands less one (a new one is
+  // about to begin). Once the journal is full this runs at every command, so
+  // the entries are found once and each table's deletion is compiled once.
+  // A command's newest entry places it; read newest first, the entries of
+  // commands beyond the kept ones are forgotten. (One plain scan of the
+  // rowid: grouping and sorting in SQL cost ten times as much.)
+  std::vector<std::int64_t> forgotten;
+  {
+    SQLiteStatement select = database_.prepare("SELECT " + quoted(keyColumn) + ", command FROM " +
+                                               quoted(entriesTable) + " ORDER BY " + quoted(keyColumn) + " DESC");
+    std::vector<std::string> kept;
+    while (select.step()) {
+      const std::string command = select.columnText(1);
+      if (std::find(kept.begin(), kept.end(), command) != kept.end()) continue;
+      if (kept.size() < keptCommands - 1) {
+        kept.emplace_back(command);
+      } else {
+        forgotten.push_back(select.columnInt64(0));
+      }
+    }
   }
-  database_.execute("DELETE FROM " + quoted(entriesTable) + " WHERE " + quoted(keyColumn) + " IN (" + forgotten + ")");
+  if (forgotten.empty()) return;
+  const auto forget = [&](const std::string& table, std::string_view column) {
+    SQLiteStatement remove =
+        database_.prepare("DELETE FROM " + quoted(table) + " WHERE " + std::string(column) + " = ?1");
+    for (const std::int64_t entry : forgotten) {
+      SQLiteStatement::Scope scope(remove);
+      remove.bind(1, entry);
+      remove.step();
+    }
+  };
+  for (const auto& entity : entities_) {  // images first
+    if (database_.hasTable(tableOf(entity))) forget(tableOf(entity), "_entry");
+  }
+  forget(std::string(entriesTable), quoted(keyColumn));
 }
 
 UndoJournal::EntityStatements& UndoJournal::statements(std::size_t entity) {
@@ -103,7 +116,7 @@ void UndoJournal::record(std::size_t entity, std::int64_t key, Image image) {
 }
 
 std::optional<UndoJournal::Action> UndoJournal::last() const {
-  if (!tableExists(std::string(entriesTable))) return std::nullopt;
+  if (!database_.hasTable(std::string(entriesTable))) return std::nullopt;
   SQLiteStatement newest = database_.prepare("SELECT action, at FROM " + quoted(entriesTable) + " ORDER BY " +
                                              quoted(keyColumn) + " DESC LIMIT 1");
   if (!newest.step()) return std::nullopt;
@@ -134,7 +147,7 @@ void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& change
   deletions_.forgetEntry(entry);
   const std::string key = quoted(keyColumn);
   for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
-    if (!tableExists(tableOf(entities_[entity]))) continue;
+    if (!database_.hasTable(tableOf(entities_[entity]))) continue;
     const std::string table = quoted(entities_[entity].name);
     // The images of this save, all or of one kind, as "image".
     const std::string ofEntry =

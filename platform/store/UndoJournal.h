@@ -80,7 +80,6 @@ class UndoJournal {
   std::string attributeList(std::size_t entity, std::string_view prefix) const;
   /// The row key's column, then the attributes'.
   std::string columnList(std::size_t entity, std::string_view prefix) const;
-  bool tableExists(const std::string& name) const;
   /// Deletes the entries and images of all but the newest keptCommands - 1 commands.
   void forgetOldCommands();
   EntityStatements& statements(std::size_t entity);

@@ -245,7 +245,9 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   Terminal::write(table.render());
 }
 
-void install(CommandSet& commands) {
+namespace {
+
+void installBook(CommandSet& commands) {
   CLI::App& root = commands.root();
   auto bookOptions = std::make_shared<BookOptions>();
   CLI::App* bookCommand =
@@ -265,7 +267,10 @@ void install(CommandSet& commands) {
       ->type_name("DAY");
   bookCommand->footer("At most 24 hours either way per booking. Example:\n"
                       "  quillmont book -1h30m --category appointment --note dentist --day yesterday");
+}
 
+void installBookings(CommandSet& commands) {
+  CLI::App& root = commands.root();
   CLI::App* bookings = commands.addGroup(root, "bookings", "List or delete bookings");
   auto listOptions = std::make_shared<ListOptions>();
   CLI::App* listCommand = commands.add(*bookings, "list", "List bookings (the last 30 days unless told otherwise)",
@@ -278,6 +283,13 @@ void install(CommandSet& commands) {
   CLI::App* deleteCommand =
       commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });
   deleteCommand->add_option("ID", *identifier, "The booking's identifier (a unique prefix is enough)")->required();
+}
+
+}  // namespace
+
+void install(CommandSet& commands) {
+  if (commands.builds("book")) installBook(commands);
+  if (commands.builds("bookings")) installBookings(commands);
 }
 
 }  // namespace quillmont::BookingCommands

@@ -51,9 +51,10 @@ Environment:
 Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 
 // The command families and the top-level commands each adds. A run builds
-// only the family of the command it was given (building all of them costs
-// more than a booking); help and words that name no command get them all,
-// so a command missing from these lists is only slower. A command listed
+// only the command it was given (building all of them costs more than a
+// booking): its family installs, and a family with several commands skips
+// those CommandSet::builds says no to. Help and words that name no command
+// get them all, so a command missing from these lists is only slower. A command listed
 // under the wrong family would be unknown: CommandLine.EveryCommandHasHelp
 // runs each one. `generate` describes the whole tree, which it builds itself
 // (everyCommand), so its own run stays small like every other.
@@ -112,8 +113,12 @@ void installCommands(CommandSet& commands, const CommandWord& given) {
   const auto family = std::find_if(all.begin(), all.end(), [&](const Family& candidate) {
     return std::find(candidate.commands.begin(), candidate.commands.end(), wanted) != candidate.commands.end();
   });
-  if (family != all.end()) return family->install(commands);
-  for (const Family& each : all) each.install(commands);
+  if (family == all.end()) {
+    for (const Family& each : all) each.install(commands);
+    return;
+  }
+  commands.buildOnly(wanted);
+  family->install(commands);
 }
 
 // Help shows arguments by name alone ("DURATION", not "DURATION TEXT").

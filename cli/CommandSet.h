@@ -12,7 +12,9 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -31,6 +33,13 @@ class CommandSet {
   CommandSet& operator=(const CommandSet&) = delete;
 
   CLI::App& root() { return root_; }
+
+  /// Builds only the top-level command `name` from now on: a run needs no
+  /// other, and each costs more to build than a booking's whole save.
+  void buildOnly(std::string_view name) { only_ = std::string(name); }
+  /// Whether the top-level command `name` is to be built (every one is,
+  /// unless buildOnly named another).
+  bool builds(std::string_view name) const { return !only_ || *only_ == name; }
 
   /// A subcommand of `parent` whose `action` runs when it is the command
   /// given. A command that has subcommands of its own runs its action only
@@ -59,6 +68,7 @@ class CommandSet {
 
  private:
   CLI::App& root_;
+  std::optional<std::string> only_;
   Action chosen_;
   std::map<const CLI::Option*, Values> offered_;
 };

@@ -305,7 +305,9 @@ void showReport(StoreSession& session, ReportGranularity granularity, Date date)
   show(session, reportOver(session, spanInterval(session, span, day, RangeOptions{})), span);
 }
 
-void install(CommandSet& commands) {
+namespace {
+
+void installReport(CommandSet& commands) {
   CLI::App& root = commands.root();
   const std::vector<std::string> periods{"week", "month", "year"};
 
@@ -337,7 +339,11 @@ void install(CommandSet& commands) {
     command->add_option("--date", options->date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
     command->add_flag("--json", options->json, "Print a JSON object instead of a table");
   }
+}
 
+void installCsv(CommandSet& commands) {
+  CLI::App& root = commands.root();
+  const std::vector<std::string> periods{"week", "month", "year"};
   CLI::App* csv = commands.addGroup(root, "csv", "CSV documents of the time bank");
   auto tableOptions = std::make_shared<DayTableOptions>();
   CLI::App* days = commands.add(*csv, "days", "Worked, adjustment, planned and difference hours per day",
@@ -378,6 +384,13 @@ void install(CommandSet& commands) {
   ledger->add_option("--to", ledgerOptions->to, "Last day (YYYY-MM-DD); today by default")->type_name("DAY");
   ledger->add_option("--output,-o", ledgerOptions->output, "Write to FILE instead of standard output")
       ->type_name("FILE");
+}
+
+}  // namespace
+
+void install(CommandSet& commands) {
+  if (commands.builds("report")) installReport(commands);
+  if (commands.builds("csv")) installCsv(commands);
 }
 
 }  // namespace quillmont::ReportCommands

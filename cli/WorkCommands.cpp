@@ -306,7 +306,9 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   Terminal::write(table.render());
 }
 
-void install(CommandSet& commands) {
+namespace {
+
+void installTimer(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* timer = commands.addGroup(root, "timer", "Start, stop or look at the work timer");
   auto startOptions = std::make_shared<TimerOptions>();
@@ -329,7 +331,10 @@ void install(CommandSet& commands) {
     StoreSession session;
     timerStatus(session);
   });
+}
 
+void installWork(CommandSet& commands) {
+  CLI::App& root = commands.root();
   CLI::App* work = commands.addGroup(root, "work", "Worked time typed in by hand");
   auto addOptions = std::make_shared<EntryOptions>();
   CLI::App* addCommand = commands.add(*work, "add", "Add worked time", [addOptions] { add(*addOptions); });
@@ -357,6 +362,13 @@ void install(CommandSet& commands) {
   listCommand->add_option("--to", listOptions->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
   listCommand->add_flag("--all", listOptions->all, "Every entry")->excludes("--from")->excludes("--to");
   listCommand->add_flag("--json", listOptions->json, "Print a JSON object instead of a table");
+}
+
+}  // namespace
+
+void install(CommandSet& commands) {
+  if (commands.builds("timer")) installTimer(commands);
+  if (commands.builds("work")) installWork(commands);
 }
 
 }  // namespace quillmont::WorkCommands

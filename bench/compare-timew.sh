@@ -2,21 +2,21 @@
 # Whole-process comparison of everyday commands with timewarrior, on the same
 # ten years of work: the large-store generator fills a Quillmont store, and
 # its work entries, exported, become a timewarrior database. Each pair runs
-# side by side in one hyperfine call (interleaved warm-up, then A B A B ...
-# as hyperfine schedules them); the table shows CPU time (user + system) and
-# the ratio, Quillmont over timewarrior.
+# in turn, A B then B A and so on (bench/interleaved.py), so a machine whose
+# speed drifts during the run favours neither; the table shows the median CPU
+# time (user + system) and the ratio, Quillmont over timewarrior.
 #
 #   bench/compare-timew.sh [entries bookings schedules]
 #
 # Needs the release build (cmake --preset release && cmake --build --preset
-# release), hyperfine, python3 and timewarrior (Debian: timewarrior); without
+# release), python3 and timewarrior (Debian: timewarrior); without
 # timewarrior it says so and stops. Timings vary with the machine; read the ratios.
 set -eu
 
 name=compare-timew
 . "$(dirname "$0")/whole-process.sh"
 generate="$root/build/release/cli/quillmont_generate_store"
-require_tools timew hyperfine python3
+require_tools timew python3
 require_programs "$quillmont" "$generate"
 
 export TZ="${TZ:-Europe/Berlin}" QUILLMONT_HOME="$work/quillmont" TIMEWARRIORDB="$work/timewarrior" NO_COLOR=1
@@ -44,20 +44,7 @@ EOF
 timew >/dev/null 2>&1 || true
 
 compare() {
-  label=$1
-  ours=$2
-  theirs=$3
-  hyperfine -N -i --warmup 3 --runs "${RUNS:-30}" --export-json "$work/run.json" "$ours" "$theirs" >/dev/null 2>&1 || {
-    printf '%-34s failed: %s | %s\n' "$label" "$ours" "$theirs"
-    return
-  }
-  python3 - "$work/run.json" "$label" <<'EOF'
-import json, sys
-results = json.load(open(sys.argv[1]))["results"]
-cpu = [(r["user"] + r["system"]) * 1000 for r in results]
-wall = [r["median"] * 1000 for r in results]
-print(f"{sys.argv[2]:<34} {cpu[0]:8.1f} ms {cpu[1]:8.1f} ms {cpu[0] / cpu[1]:6.2f}x   (wall medians {wall[0]:.1f} / {wall[1]:.1f} ms)")
-EOF
+  python3 "$root/bench/interleaved.py" "$1" "$2" "$3" || printf '%-34s failed: %s | %s\n' "$1" "$2" "$3"
 }
 
 printf '%-34s %11s %11s %7s\n' "command" "quillmont" "timew" "ratio"

@@ -1,8 +1,11 @@
 // WidgetCenter: asks every widget host of the user to reload its timelines.
 // The request is a generation counter in a file under the data home
-// (`<data home>/widget-center/reload`), replaced atomically; hosts watch its
-// folder (WidgetReloadWatcher) and reload when the file is replaced. Any
-// process of the user reaches every host that shares the data home.
+// (`<data home>/widget-center/reload`, private to the user), rewritten in
+// place; hosts watch its folder (WidgetReloadWatcher) and reload when the
+// file is written. Any process of the user reaches every host that shares
+// the data home. Rewriting in place, not renaming a new file over it, spares
+// every saving command a file creation and a rename, which on ext4 writes
+// the new file's data out at once.
 #pragma once
 
 #include <cstdint>

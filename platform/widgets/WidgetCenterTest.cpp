@@ -1,6 +1,7 @@
 #include "platform/widgets/WidgetCenter.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,11 +42,30 @@ TEST_F(WidgetCenterTest, EachReloadAdvancesTheGeneration) {
   EXPECT_TRUE(std::filesystem::is_regular_file(WidgetCenter::signalFile()));
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(WidgetCenter::signalFolder()), {}), 1);  // no temporaries
 
-  // A signal file without a number counts as none; the next reload starts over.
+  // Written in place: the same file, not a new one renamed over it.
+  const auto inode = [&] {
+    struct stat status {};
+    ::stat(WidgetCenter::signalFile().c_str(), &status);
+    return status.st_ino;
+  };
+  const auto before = inode();
+  WidgetCenter::shared().reloadAllTimelines();
+  EXPECT_EQ(inode(), before);
+  EXPECT_EQ(WidgetCenter::generation(), 4u);
+
+  // A signal file without a number counts as none; the next reload starts
+  // over, and a longer file loses its tail.
   std::ofstream(WidgetCenter::signalFile()) << "garbage\n";
   EXPECT_EQ(WidgetCenter::generation(), 0u);
   WidgetCenter::shared().reloadAllTimelines();
   EXPECT_EQ(WidgetCenter::generation(), 1u);
+  std::ofstream(WidgetCenter::signalFile()) << "41 and a tail longer than any number\n";
+  WidgetCenter::shared().reloadAllTimelines();
+  EXPECT_EQ(WidgetCenter::generation(), 42u);
+  std::ifstream file(WidgetCenter::signalFile());
+  std::stringstream text;
+  text << file.rdbuf();
+  EXPECT_EQ(text.str(), "00000000000000000042");
 }
 
 TEST_F(WidgetCenterTest, RequestsSinceTheWatcherStartedWakeItAtOnce) {

@@ -82,10 +82,12 @@ const std::array<Family, 12>& families() {
 }
 
 // The first word of the line that is not an option of the program itself
-// (nothing when there is none), and whether help was asked for before it.
+// (nothing when there is none), and whether help or the version was asked for
+// before it.
 struct CommandWord {
   std::string_view word;
   bool asksForHelp = false;
+  bool asksForVersion = false;
 };
 
 CommandWord commandWord(int argc, char** argv) {
@@ -96,6 +98,8 @@ CommandWord commandWord(int argc, char** argv) {
       ++i;  // its value
     } else if (argument == "-h" || argument.starts_with("--help")) {
       found.asksForHelp = true;
+    } else if (argument == "--version") {
+      found.asksForVersion = true;
     } else if (argument == "--") {
       if (i + 1 < argc) found.word = argv[i + 1];
       break;
@@ -108,6 +112,8 @@ CommandWord commandWord(int argc, char** argv) {
 }
 
 void installCommands(CommandSet& commands, const CommandWord& given) {
+  // The version, asked for without a command, needs none of them.
+  if (given.asksForVersion && given.word.empty() && !given.asksForHelp) return;
   const auto& all = families();
   const std::string_view wanted = given.word.empty() && !given.asksForHelp ? "overview" : given.word;
   const auto family = std::find_if(all.begin(), all.end(), [&](const Family& candidate) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 
 #include <simdjson.h>
@@ -11,9 +12,25 @@
 namespace quillmont {
 namespace {
 
-std::optional<ProcessEntitlements>& builtIn() {
-  static std::optional<ProcessEntitlements> entitlements;
-  return entitlements;
+// The program's own entitlements, read from their text when first asked
+// for: a run that never opens a store (`--version`) does not parse them.
+struct BuiltIn {
+  std::mutex lock;
+  std::optional<std::string_view> text;
+  std::optional<std::optional<ProcessEntitlements>> parsed;
+};
+
+BuiltIn& builtInState() {
+  static BuiltIn state;
+  return state;
+}
+
+std::optional<ProcessEntitlements> builtIn() {
+  BuiltIn& state = builtInState();
+  const std::lock_guard<std::mutex> guard(state.lock);
+  if (!state.text) return std::nullopt;
+  if (!state.parsed) state.parsed = ProcessEntitlements::fromJSON(*state.text);
+  return *state.parsed;
 }
 
 struct OverrideFile {
@@ -59,7 +76,12 @@ std::optional<ProcessEntitlements> ProcessEntitlements::current() {
   return builtIn();
 }
 
-void ProcessEntitlements::embed(std::string_view json) { builtIn() = fromJSON(json); }
+void ProcessEntitlements::embed(std::string_view json) {
+  BuiltIn& state = builtInState();
+  const std::lock_guard<std::mutex> guard(state.lock);
+  state.text = json;
+  state.parsed.reset();
+}
 
 std::optional<ProcessEntitlements> ProcessEntitlements::fromJSON(std::string_view json) {
   simdjson::dom::parser parser;

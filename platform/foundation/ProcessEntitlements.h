@@ -36,7 +36,9 @@ class ProcessEntitlements {
   /// Why the override cannot be used; nothing when there is none or it is usable.
   static std::optional<std::string> overrideProblem();
   /// Fixes the program's own entitlements; called once, before main().
-  /// Text that is not a JSON object gives the program none.
+  /// Text that is not a JSON object gives the program none. The text is
+  /// read when the entitlements are first asked for, so it must last as
+  /// long as the program (a literal).
   static void embed(std::string_view json);
 
   /// Entitlements from a JSON object; nothing when the text is not one.

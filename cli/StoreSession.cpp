@@ -18,12 +18,25 @@ StoreSession::StoreSession()
       now_(Date::now()),
       container_(QuillmontPersistence::makeContainer(false, false, RuntimeEntitlements::hasUsableAppGroup())),
       context_(std::make_unique<ModelContext>(container_)),
-      // A read-only store is repaired in memory only: reading commands see
-      // the same records as elsewhere, and a command that saves is told the
-      // store is read-only.
-      settings_(DataStoreMaintenance::reconcile(*context_, calendar_, now_, !container_->isReadOnly())) {}
+      settings_(repaired()) {
+  container_->beginReading();  // again, when maintenance saved
+}
 
-StoreSession::~StoreSession() { refreshWidget(); }
+std::shared_ptr<TimeBankSettings> StoreSession::repaired() {
+  // What maintenance and then the command read, they read from one
+  // snapshot: one read lock, not one per statement. A save ends it (and
+  // sees the newest store).
+  container_->beginReading();
+  // A read-only store is repaired in memory only: reading commands see the
+  // same records as elsewhere, and a command that saves is told the store is
+  // read-only.
+  return DataStoreMaintenance::reconcile(*context_, calendar_, now_, !container_->isReadOnly());
+}
+
+StoreSession::~StoreSession() {
+  container_->endReading();
+  refreshWidget();
+}
 
 std::filesystem::path StoreSession::storePath() {
   const std::filesystem::path folder = RuntimeEntitlements::hasUsableAppGroup()

@@ -55,6 +55,9 @@ class StoreSession {
   void refreshWidget() noexcept;
 
  private:
+  /// Runs maintenance; the settings record it chose.
+  std::shared_ptr<TimeBankSettings> repaired();
+
   Calendar calendar_;
   Date now_;
   std::shared_ptr<ModelContainer> container_;

@@ -339,7 +339,7 @@ ModelContainer::ModelContainer(ModelConfiguration configuration, std::optional<s
   for (std::size_t i = 0; i < entities_.size(); ++i) entities_[i].description = &configuration_.schema.entities[i];
 }
 
-ModelContainer::~ModelContainer() = default;
+ModelContainer::~ModelContainer() { endReading(); }
 
 std::string ModelContainer::integrityCheck() {
   try {
@@ -477,7 +477,7 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
     statement.bind(2, valueText);
     statement.step();
   };
-  if (database_.isInTransaction()) {  // a save's observer: part of that save
+  if (database_.isInTransaction() && !reading_) {  // a save's observer: part of that save
     write();
     return;
   }
@@ -526,7 +526,22 @@ std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry>
   }
 }
 
+void ModelContainer::beginReading() {
+  if (database_.isInTransaction()) return;
+  database_.execute("BEGIN");  // deferred: the first read takes the snapshot
+  reading_ = true;
+}
+
+void ModelContainer::endReading() noexcept {
+  if (!reading_) return;
+  reading_ = false;
+  if (sqlite3_exec(database_.handle(), "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
 void ModelContainer::beginWriting() {
+  endReading();
   if (isReadOnly_) {
     throw StoreError(Code::readOnly, "the store " + url_->string() + " is read-only: it can be read but not changed");
   }

@@ -70,6 +70,15 @@ class ModelContainer {
   /// StoreError(busy, saveFailed or readOnly).
   void setMetadata(std::string_view key, std::string_view value);
 
+  /// Reads from now on share one snapshot of the store, one read
+  /// transaction, instead of each taking and dropping the log's read lock:
+  /// a command's dozens of reads cost one lock. The next write, or
+  /// endReading(), ends it first, so a save always sees the newest store.
+  /// Nothing happens inside a transaction.
+  void beginReading();
+  /// Ends what beginReading began (nothing when it began nothing).
+  void endReading() noexcept;
+
   /// The action the next undo would undo (the newest journaled one; see
   /// UndoJournal); nothing when there is none.
   std::optional<UndoJournal::Action> lastUndoableAction() const { return journal_.last(); }
@@ -151,6 +160,8 @@ class ModelContainer {
   UndoJournal journal_{database_, configuration_.schema.entities, deletions_};
   bool isReadOnly_ = false;
   std::uint64_t savesCommitted_ = 0;
+  /// Whether the open transaction is beginReading's.
+  bool reading_ = false;
 };
 
 }  // namespace quillmont

@@ -589,6 +589,36 @@ TEST_F(ModelContextTest, TheJournalForgetsTheCommandWhoseNewestSaveIsOldestAndAl
   EXPECT_EQ(left[0]->title(), "b");
 }
 
+// Reads inside beginReading share one snapshot; a write ends it first, so
+// what it saves lands, and others see it at once.
+TEST_F(ModelContextTest, ReadsShareASnapshotUntilAWriteEndsIt) {
+  const auto container = open();
+  ModelContext context(container);
+  saveTasks(context, {"first"});
+
+  container->beginReading();
+  ASSERT_EQ(context.fetch<Task>().size(), 1u);
+  {
+    ModelContext elsewhere(open());  // another connection, as another program
+    saveTasks(elsewhere, {"elsewhere"});
+  }
+  EXPECT_EQ(ModelContext(container).fetch<Task>().size(), 1u);  // the snapshot
+  EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 2u);     // another connection
+
+  // Metadata and a save each write in a transaction of their own.
+  container->setMetadata("note", "written");
+  EXPECT_EQ(open()->metadata("note"), "written");
+  saveTasks(context, {"second"});
+  EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 3u);
+  EXPECT_EQ(ModelContext(container).fetch<Task>().size(), 3u);  // the snapshot ended
+
+  container->beginReading();
+  container->endReading();
+  container->endReading();  // nothing to end
+  saveTasks(context, {"third"});
+  EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 4u);
+}
+
 TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   open();  // create the store before the writers start
   int start[2];

@@ -70,7 +70,7 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
                                      });
 
   std::vector<DayBalance> days = TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(),
-                                                                     settings, through, calendar);
+                                                                     settings, through, calendar, firstDay);
   std::erase_if(days, [&](const DayBalance& day) { return day.date < firstDay; });
   return days;
 }

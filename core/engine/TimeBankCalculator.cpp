@@ -393,10 +393,14 @@ std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Sc
 
 std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
                                         std::span<const BookedMinutes> bookings, Schedules schedules,
-                                    const TimeBankSettings& settings, Date through, const Calendar& calendar) {
+                                        const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                                        std::optional<Date> firstDay) {
   const Date earliest = TimeBankDateBounds::earliestCalculationDate(calendar);
-  const Date calculationStart = settings.calculationStartDate() > earliest ? settings.calculationStartDate() : earliest;
-  const DayGrid grid = DayGrid::covering(calendar, calculationStart, through);
+  Date start = settings.calculationStartDate() > earliest ? settings.calculationStartDate() : earliest;
+  // A later first day starts the grid at its midnight, one of the grid's own
+  // day boundaries: every day from it on is the same day as in the whole grid.
+  if (firstDay && calendar.startOfDay(*firstDay) > start) start = calendar.startOfDay(*firstDay);
+  const DayGrid grid = DayGrid::covering(calendar, start, through);
   if (grid.empty()) return {};
 
   const auto worked = detail::workedSecondsOnDays(intervals, detail::clusteringOrder(intervals), grid);

@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -62,9 +63,12 @@ struct BookedMinutes {
 /// every record when the intervals include every interval of each cluster
 /// (intervals connected by overlap or touch) that reaches into the day, and
 /// the bookings every booking of the day; other days are then incomplete.
+/// With `firstDay`, only the days from the day of `firstDay` on: the same
+/// balances, without walking the days before.
 std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
                                         std::span<const BookedMinutes> bookings, Schedules schedules,
-                                    const TimeBankSettings& settings, Date through, const Calendar& calendar);
+                                        const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                                        std::optional<Date> firstDay = std::nullopt);
 
 /// The starting balance plus the balances of all dayBalances(), in seconds.
 TimeInterval balanceSeconds(Entries entries, Adjustments adjustments, Schedules schedules,

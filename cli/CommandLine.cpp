@@ -189,6 +189,12 @@ void everyCommand(const std::function<void(const CLI::App&, const CommandSet&)>&
 }
 
 int run(int argc, char** argv) {
+  // The version alone needs no command tree, and no parser that reports it
+  // by throwing: an exception's first throw is a tenth of a bare start.
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    std::cout << "quillmont " << QUILLMONT_VERSION << '\n';
+    return 0;
+  }
   std::string dataHome;
   const auto application = program(dataHome);
   CLI::App& app = *application;

@@ -27,6 +27,10 @@ TEST(CommandLine, VersionAndHelpSucceedOnStandardOutput) {
   const auto version = quillmont.run({"--version"});
   EXPECT_EQ(version.exitCode, 0);
   EXPECT_THAT(version.out, HasSubstr("quillmont "));
+  // Alone it skips the parser; among other options the parser answers: the same line.
+  const auto parsed = quillmont.run({"--data-home", "unused", "--version"});
+  EXPECT_EQ(parsed.exitCode, 0);
+  EXPECT_EQ(parsed.out, version.out);
 
   const auto help = quillmont.run({"--help"});
   EXPECT_EQ(help.exitCode, 0);

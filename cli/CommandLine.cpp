@@ -54,10 +54,11 @@ Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 // only the command it was given (building all of them costs more than a
 // booking): its family installs, and a family with several commands skips
 // those CommandSet::builds says no to. Help and words that name no command
-// get them all, so a command missing from these lists is only slower. A command listed
-// under the wrong family would be unknown: CommandLine.EveryCommandHasHelp
-// runs each one. `generate` describes the whole tree, which it builds itself
-// (everyCommand), so its own run stays small like every other.
+// get them all, so a command missing from these lists is only slower. A
+// command listed under the wrong family would be unknown:
+// CommandLine.EveryCommandHasHelp runs each one. `generate` describes the
+// whole tree, which it builds itself (everyCommand), so its own run stays
+// small like every other.
 struct Family {
   void (*install)(CommandSet&);
   std::initializer_list<std::string_view> commands;
@@ -82,12 +83,10 @@ const std::array<Family, 12>& families() {
 }
 
 // The first word of the line that is not an option of the program itself
-// (nothing when there is none), and whether help or the version was asked for
-// before it.
+// (nothing when there is none), and whether help was asked for before it.
 struct CommandWord {
   std::string_view word;
   bool asksForHelp = false;
-  bool asksForVersion = false;
 };
 
 CommandWord commandWord(int argc, char** argv) {
@@ -98,8 +97,6 @@ CommandWord commandWord(int argc, char** argv) {
       ++i;  // its value
     } else if (argument == "-h" || argument.starts_with("--help")) {
       found.asksForHelp = true;
-    } else if (argument == "--version") {
-      found.asksForVersion = true;
     } else if (argument == "--") {
       if (i + 1 < argc) found.word = argv[i + 1];
       break;
@@ -112,8 +109,6 @@ CommandWord commandWord(int argc, char** argv) {
 }
 
 void installCommands(CommandSet& commands, const CommandWord& given) {
-  // The version, asked for without a command, needs none of them.
-  if (given.asksForVersion && given.word.empty() && !given.asksForHelp) return;
   const auto& all = families();
   const std::string_view wanted = given.word.empty() && !given.asksForHelp ? "overview" : given.word;
   const auto family = std::find_if(all.begin(), all.end(), [&](const Family& candidate) {

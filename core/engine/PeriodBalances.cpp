@@ -69,10 +69,8 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
                                        bookings.push_back({booking.date(), booking.minutes()});
                                      });
 
-  std::vector<DayBalance> days = TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(),
-                                                                     settings, through, calendar, firstDay);
-  std::erase_if(days, [&](const DayBalance& day) { return day.date < firstDay; });
-  return days;
+  return TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(), settings, through, calendar,
+                                             firstDay);
 }
 
 }  // namespace quillmont::PeriodBalances

@@ -399,7 +399,7 @@ std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInte
   Date start = settings.calculationStartDate() > earliest ? settings.calculationStartDate() : earliest;
   // A later first day starts the grid at its midnight, one of the grid's own
   // day boundaries: every day from it on is the same day as in the whole grid.
-  if (firstDay && calendar.startOfDay(*firstDay) > start) start = calendar.startOfDay(*firstDay);
+  if (firstDay) start = std::max(start, calendar.startOfDay(*firstDay));
   const DayGrid grid = DayGrid::covering(calendar, start, through);
   if (grid.empty()) return {};
 

@@ -54,11 +54,10 @@ void UndoJournal::begin(std::string_view action, std::string_view command, Date 
 
 void UndoJournal::forgetOldCommands() {
   // The entries of all but the newest kept commands less one (a new one is
-  // about to begin). Once the journal is full this runs at every command, so
-  // the entries are found once and each table's deletion is compiled once.
-  // A command's newest entry places it; read newest first, the entries of
-  // commands beyond the kept ones are forgotten. (One plain scan of the
-  // rowid: grouping and sorting in SQL cost ten times as much.)
+  // about to begin), a command placed by its newest entry. Once the journal
+  // is full this runs at every command: one scan of the rowid, newest first
+  // (grouping and sorting in SQL cost ten times as much), then one compiled
+  // deletion per table.
   std::vector<std::int64_t> forgotten;
   {
     SQLiteStatement select = database_.prepare("SELECT " + quoted(keyColumn) + ", command FROM " +

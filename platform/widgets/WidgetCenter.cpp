@@ -63,6 +63,7 @@ void WidgetCenter::reloadAllTimelines() {
   // one; either way the file is written, and a write is the signal.
   const int descriptor = openSignal(O_RDWR | O_CREAT);
   if (descriptor < 0) return;
+  // One character more than a generation tells a longer file from a right one.
   std::array<char, width + 1> text{};
   const ssize_t count = ::pread(descriptor, text.data(), width + 1, 0);
   const std::uint64_t next = (count > 0 ? parsed(text.data(), static_cast<std::size_t>(count)) : 0) + 1;

@@ -639,7 +639,8 @@ the folder \fBQUILLMONT_HOME\fR or \fB\-\-data\-home\fR names; below, \fIDATA\fR
 .I )" << roffPath("DATA/" + group + "/" + store)
       << R"(
 The record store, one SQLite file, shared by every Quillmont program whose entitlements grant the application
-group.
+group. Its log and the log's index lie beside it (the same name followed by \fB\-wal\fR and \fB\-shm\fR);
+every save is copied from the log into the store at once, so between commands the log is empty.
 .TP
 .I )" << roffPath("DATA/" + group + "/Preferences/" + std::string(AppConstants::widgetSnapshotKey))
       << R"(

@@ -43,6 +43,14 @@ class SQLiteDatabase {
   /// kind (busy, not a database).
   void execute(std::string_view sql, StoreError::Code code = StoreError::Code::other);
   SQLiteStatement prepare(std::string_view sql) const { return SQLiteStatement(database_, sql); }
+  /// Commits the open transaction and makes it durable: a file in
+  /// write-ahead-log mode syncs no commit by itself (synchronous=NORMAL), so
+  /// a checkpoint copies the log into the file at once, syncing the log
+  /// before and the file after. When another connection's read keeps part
+  /// of the log from being copied, the log alone is synced. A failing
+  /// commit throws as `execute` does; a failing sync after it does not (the
+  /// transaction is in, and the checkpoint at close syncs again).
+  void commit(StoreError::Code code);
   /// The first column of the first row of `sql` as an integer (0 without rows).
   std::int64_t queryInt64(std::string_view sql) const;
   /// Whether the main database has the table `table` (and in it `column`,

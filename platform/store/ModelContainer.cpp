@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -309,6 +310,8 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
   if (needsChanges) {
     // Another process may be creating or upgrading the same file: decide
     // again under the write lock, then apply everything in one transaction.
+    WriterLock writer(url->parent_path());
+    writer.acquire(std::chrono::milliseconds(busyTimeoutMilliseconds));
     database.execute("BEGIN IMMEDIATE");
     try {
       for (const auto& change : schemaChanges(database, configuration.schema, label)) database.execute(change);
@@ -328,6 +331,8 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
     // A store that cannot be indexed now (busy past the timeout, a full
     // disk) is still read and written the same way, only slower.
     try {
+      WriterLock writer(url->parent_path());
+      writer.acquire(std::chrono::milliseconds(busyTimeoutMilliseconds));
       database.execute("BEGIN IMMEDIATE");
       for (const auto& change : missingIndexes(database, configuration.schema)) database.execute(change);
       database.commit(Code::other);
@@ -344,6 +349,7 @@ ModelContainer::ModelContainer(ModelConfiguration configuration, std::optional<s
     : configuration_(std::move(configuration)),
       url_(std::move(url)),
       database_(std::move(database)),
+      writer_(url_ && !readOnly ? url_->parent_path() : std::filesystem::path()),
       isReadOnly_(readOnly) {
   entities_.resize(configuration_.schema.entities.size());
   for (std::size_t i = 0; i < entities_.size(); ++i) entities_[i].description = &configuration_.schema.entities[i];
@@ -495,6 +501,7 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
   try {
     write();
     database_.commit(Code::saveFailed);  // not a save of records
+    writer_.release();
   } catch (...) {
     abandonWriting();
     throw;
@@ -507,6 +514,7 @@ std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
     auto undone = journal_.undoLast();
     if (!undone) {
       database_.execute("COMMIT", Code::saveFailed);
+      writer_.release();
       return std::nullopt;
     }
     for (const std::size_t entity : undone->second) {
@@ -555,16 +563,24 @@ void ModelContainer::beginWriting() {
   if (isReadOnly_) {
     throw StoreError(Code::readOnly, "the store " + url_->string() + " is read-only: it can be read but not changed");
   }
-  database_.execute("BEGIN IMMEDIATE", Code::saveFailed);
+  writer_.acquire(std::chrono::milliseconds(busyTimeoutMilliseconds));
+  try {
+    database_.execute("BEGIN IMMEDIATE", Code::saveFailed);
+  } catch (...) {
+    writer_.release();
+    throw;
+  }
 }
 
 void ModelContainer::commitWriting() {
   database_.commit(Code::saveFailed);
+  writer_.release();
   ++savesCommitted_;
 }
 
 void ModelContainer::abandonWriting() noexcept {
   if (database_.isInTransaction()) sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+  writer_.release();
 }
 
 }  // namespace quillmont

@@ -33,6 +33,7 @@
 #include "platform/store/SQLiteDatabase.h"
 #include "platform/store/SQLiteStatement.h"
 #include "platform/store/UndoJournal.h"
+#include "platform/store/WriterLock.h"
 
 namespace quillmont {
 
@@ -143,15 +144,20 @@ class ModelContainer {
   /// Takes the write lock (waiting up to the busy timeout); throws
   /// StoreError(busy or saveFailed).
   void beginWriting();
+  /// Commits and checkpoints, then lets the next writer in; when it throws,
+  /// abandonWriting ends the transaction.
   void commitWriting();
   /// Inside the write transaction: raises the generation of `entityName`.
   void raiseGeneration(std::string_view entityName);
-  /// Undoes an open write transaction; never throws.
+  /// Undoes an open write transaction and lets the next writer in; never
+  /// throws.
   void abandonWriting() noexcept;
 
   ModelConfiguration configuration_;
   std::optional<std::filesystem::path> url_;
   SQLiteDatabase database_;
+  /// Held from beginWriting until the commit's checkpoint has ended.
+  WriterLock writer_;
   SQLiteStatement dataVersion_;
   SQLiteStatement readMetadata_;
   SQLiteStatement raiseGeneration_;

@@ -19,6 +19,7 @@
 
 #include "platform/store/ModelContainer.h"
 #include "platform/store/SQLiteDatabase.h"
+#include "platform/store/WriterLock.h"
 
 namespace quillmont {
 namespace {
@@ -681,6 +682,55 @@ TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   }
   EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 400u);
 }
+
+// A save waits for another writer's turn to end (that writer's checkpoint
+// included), and every way out of a write lets the next writer in.
+TEST_F(ModelContextTest, WritersTakeTurnsAcrossProcesses) {
+  const auto container = open();
+  ModelContext context(container);
+  const auto folder = storePath().parent_path();
+  const auto released = folder / "released";
+  int held[2];
+  ASSERT_EQ(pipe(held), 0);
+  const pid_t other = fork();
+  ASSERT_GE(other, 0);
+  if (other == 0) {
+    WriterLock lock(folder);
+    lock.acquire(std::chrono::milliseconds(0));
+    if (!lock.held() || write(held[1], "h", 1) != 1) _exit(2);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    if (std::FILE* marker = std::fopen(released.c_str(), "w")) std::fclose(marker);
+    _exit(0);  // the lock goes with the process
+  }
+  close(held[1]);
+  char byte;
+  ASSERT_EQ(read(held[0], &byte, 1), 1);
+  close(held[0]);
+  context.setUndoAction("add");
+  saveTasks(context, {"after"});
+  EXPECT_TRUE(std::filesystem::exists(released)) << "the save did not wait for the other writer";
+  int status = 0;
+  ASSERT_EQ(waitpid(other, &status, 0), other);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+
+  const auto isFree = [&] {
+    WriterLock probe(folder);
+    try {
+      probe.acquire(std::chrono::milliseconds(0));
+    } catch (const StoreError&) {
+      return false;
+    }
+    return probe.held();
+  };
+  EXPECT_TRUE(isFree());
+  container->setMetadata("note", "written");
+  EXPECT_TRUE(isFree());
+  ASSERT_TRUE(container->undoLastAction().has_value());
+  EXPECT_TRUE(isFree());
+  EXPECT_FALSE(container->undoLastAction().has_value());  // nothing left: a commit of nothing
+  EXPECT_TRUE(isFree());
+}
+
 
 // A process killed in the middle of a large save leaves the store exactly as
 // it was before that save, and undamaged.

@@ -1,0 +1,49 @@
+// WriterLock: makes the writers of one store take turns across processes,
+// each from the start of its write transaction until the checkpoint that
+// follows its commit has ended (SQLiteDatabase::commit).
+//
+// SQLite's own write lock ends with the commit, before that checkpoint. A
+// checkpoint that starts just after another one has copied the whole log,
+// while a third connection commits and restarts the log, can record frames
+// as copied that are not (the "WAL-reset" race, mended in SQLite 3.51.3;
+// Debian 12 ships 3.40). Every save here checkpoints, so two programs saving
+// at once (the desktop widget and a command) would meet that window far
+// more often than SQLite's own occasional checkpoints do. Taking turns
+// closes it between this program's processes; a connection closing
+// checkpoints only when it is the last one, so it needs no turn.
+//
+// The lock is an advisory flock on the store's folder (no file of its own),
+// independent of SQLite's byte-range locks on the store's files.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <utility>
+
+namespace quillmont {
+
+class WriterLock {
+ public:
+  /// Locks nothing: a store in memory has one connection.
+  WriterLock() = default;
+  explicit WriterLock(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  ~WriterLock();
+  WriterLock(const WriterLock&) = delete;
+  WriterLock& operator=(const WriterLock&) = delete;
+
+  /// Takes the lock, waiting up to `timeout` while another writer holds it;
+  /// throws StoreError(busy) when it is still held then. A folder that
+  /// cannot be opened is not locked (SQLite's own lock still orders the
+  /// writes).
+  void acquire(std::chrono::milliseconds timeout);
+  /// Lets the next writer in; never throws.
+  void release() noexcept;
+  bool held() const { return held_; }
+
+ private:
+  std::filesystem::path folder_;
+  int descriptor_ = -1;  // the folder, opened at the first acquire
+  bool held_ = false;
+};
+
+}  // namespace quillmont

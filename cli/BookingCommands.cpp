@@ -272,17 +272,22 @@ void installBook(CommandSet& commands) {
 void installBookings(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* bookings = commands.addGroup(root, "bookings", "List or delete bookings");
-  auto listOptions = std::make_shared<ListOptions>();
-  CLI::App* listCommand = commands.add(*bookings, "list", "List bookings (the last 30 days unless told otherwise)",
-                                       [listOptions] { list(*listOptions); });
-  listCommand->add_option("--from", listOptions->from, "First day (YYYY-MM-DD)")->type_name("DAY");
-  listCommand->add_option("--to", listOptions->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
-  listCommand->add_flag("--all", listOptions->all, "Every booking")->excludes("--from")->excludes("--to");
-  listCommand->add_flag("--json", listOptions->json, "Print a JSON object instead of a table");
-  auto identifier = std::make_shared<std::string>();
-  CLI::App* deleteCommand =
-      commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });
-  deleteCommand->add_option("ID", *identifier, "The booking's identifier (a unique prefix is enough)")->required();
+  const auto builds = commands.subcommands({"list", "delete"});
+  if (builds("list")) {
+    auto options = std::make_shared<ListOptions>();
+    CLI::App* listCommand = commands.add(*bookings, "list", "List bookings (the last 30 days unless told otherwise)",
+                                         [options] { list(*options); });
+    listCommand->add_option("--from", options->from, "First day (YYYY-MM-DD)")->type_name("DAY");
+    listCommand->add_option("--to", options->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
+    listCommand->add_flag("--all", options->all, "Every booking")->excludes("--from")->excludes("--to");
+    listCommand->add_flag("--json", options->json, "Print a JSON object instead of a table");
+  }
+  if (builds("delete")) {
+    auto identifier = std::make_shared<std::string>();
+    CLI::App* deleteCommand =
+        commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });
+    deleteCommand->add_option("ID", *identifier, "The booking's identifier (a unique prefix is enough)")->required();
+  }
 }
 
 }  // namespace

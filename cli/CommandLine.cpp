@@ -53,9 +53,11 @@ Exit status: 0 success, 1 the operation failed, 2 usage error.)";
 // The command families and the top-level commands each adds. A run builds
 // only the command it was given (building all of them costs more than a
 // booking): its family installs, and a family with several commands skips
-// those CommandSet::builds says no to. Help and words that name no command
-// get them all, so a command missing from these lists is only slower. A
-// command listed under the wrong family would be unknown:
+// those CommandSet::builds says no to; a command with subcommands builds
+// only the one named next on the line (CommandSet::subcommands). Help
+// before the command, help for all and words that name no command get them
+// all, so a command missing from these lists is only slower. A command
+// listed under the wrong family would be unknown:
 // CommandLine.EveryCommandHasHelp runs each one. `generate` describes the
 // whole tree, which it builds itself (everyCommand), so its own run stays
 // small like every other.
@@ -83,25 +85,28 @@ const std::array<Family, 12>& families() {
 }
 
 // The first word of the line that is not an option of the program itself
-// (nothing when there is none), and whether help was asked for before it.
+// (nothing when there is none), the word right after it, and whether help
+// was asked for before it, or help for every command anywhere.
 struct CommandWord {
   std::string_view word;
+  std::string_view next;
   bool asksForHelp = false;
+  bool asksForAll = false;
 };
 
 CommandWord commandWord(int argc, char** argv) {
   CommandWord found;
+  for (int i = 1; i < argc; ++i) found.asksForAll = found.asksForAll || std::string_view(argv[i]) == "--help-all";
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
     if (argument == "--data-home") {
       ++i;  // its value
     } else if (argument == "-h" || argument.starts_with("--help")) {
       found.asksForHelp = true;
-    } else if (argument == "--") {
-      if (i + 1 < argc) found.word = argv[i + 1];
-      break;
-    } else if (!argument.starts_with("-")) {
-      found.word = argument;
+    } else if (argument == "--" || !argument.starts_with("-")) {
+      if (argument == "--" && ++i == argc) break;
+      found.word = argv[i];
+      if (i + 1 < argc && !std::string_view(argv[i + 1]).starts_with("-")) found.next = argv[i + 1];
       break;
     }
   }
@@ -114,11 +119,11 @@ void installCommands(CommandSet& commands, const CommandWord& given) {
   const auto family = std::find_if(all.begin(), all.end(), [&](const Family& candidate) {
     return std::find(candidate.commands.begin(), candidate.commands.end(), wanted) != candidate.commands.end();
   });
-  if (family == all.end()) {
+  if (family == all.end() || given.asksForAll) {
     for (const Family& each : all) each.install(commands);
     return;
   }
-  commands.buildOnly(wanted);
+  commands.buildOnly(wanted, given.next);
   family->install(commands);
 }
 

@@ -65,6 +65,33 @@ TEST(CommandLine, EveryCommandHasHelp) {
   EXPECT_FALSE(std::filesystem::exists(quillmont.home() / "data"));
 }
 
+// A run builds only the subcommand it names; a word between the command and
+// the subcommand (here the data home) makes it build all of them. Both
+// must read the line the same way.
+TEST(CommandLine, ASubcommandBuiltAloneReadsTheLineAsAmongAllOthers) {
+  CommandRunner quillmont;
+  const std::string home = (quillmont.home() / "data").string();
+  const std::vector<std::vector<std::string>> lines{
+      {"timer", "start", "--help"},   {"timer", "stop", "--help"},      {"timer", "cancel", "--help"},
+      {"timer", "continue", "--help"}, {"timer", "toggle", "--help"},   {"timer", "status", "--help"},
+      {"work", "add", "--help"},      {"work", "edit", "--help"},       {"work", "delete", "--help"},
+      {"work", "list", "--help"},     {"bookings", "list", "--help"},   {"bookings", "delete", "--help"},
+      {"report", "week", "--help"},   {"report", "month", "--help"},    {"report", "year", "--help"},
+      {"csv", "days", "--help"},      {"csv", "ledger", "--help"},      {"widget", "show", "--help"},
+      {"widget", "press", "--help"},  {"widget", "info", "--help"},     {"timer", "toggle", "extra"},
+      {"bookings", "list", "--all", "--from", "2026-01-01"},            {"widget", "press", "sideways"},
+      {"report", "week", "--date", "someday"}};
+  for (const auto& line : lines) {
+    std::vector<std::string> spread = line;
+    spread.insert(spread.begin() + 1, {"--data-home", home});
+    const auto alone = quillmont.run(line);
+    const auto amongAll = quillmont.run(spread);
+    EXPECT_EQ(alone.exitCode, amongAll.exitCode) << line[0] << " " << line[1];
+    EXPECT_EQ(alone.out, amongAll.out) << line[0] << " " << line[1];
+    EXPECT_EQ(alone.err, amongAll.err) << line[0] << " " << line[1];
+  }
+}
+
 TEST(CommandLine, UsageErrorsExitWithTwoAndChangeNothing) {
   CommandRunner quillmont;
   const std::vector<std::vector<std::string>> mistakes{

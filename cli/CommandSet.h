@@ -11,6 +11,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string>
@@ -35,11 +36,30 @@ class CommandSet {
   CLI::App& root() { return root_; }
 
   /// Builds only the top-level command `name` from now on: a run needs no
-  /// other, and each costs more to build than a booking's whole save.
-  void buildOnly(std::string_view name) { only_ = std::string(name); }
+  /// other, and each costs more to build than a booking's whole save. Of
+  /// its subcommands, only `next` when that names one (the word that
+  /// follows the command on the line).
+  void buildOnly(std::string_view name, std::string_view next = {}) {
+    only_ = std::string(name);
+    next_ = std::string(next);
+  }
   /// Whether the top-level command `name` is to be built (every one is,
   /// unless buildOnly named another).
   bool builds(std::string_view name) const { return !only_ || *only_ == name; }
+
+  /// Which subcommands of the command being built are built.
+  class Subcommands {
+   public:
+    bool operator()(std::string_view name) const { return only_.empty() || only_ == name; }
+
+   private:
+    friend CommandSet;
+    std::string_view only_;  // empty: all
+  };
+  /// A command whose subcommands are `names` builds only the one given on the
+  /// line, when the word after the command is among them; otherwise all.
+  Subcommands subcommands(std::initializer_list<std::string_view> names) const { return among(names); }
+  Subcommands subcommands(const std::vector<std::string>& names) const { return among(names); }
 
   /// A subcommand of `parent` whose `action` runs when it is the command
   /// given. A command that has subcommands of its own runs its action only
@@ -67,8 +87,18 @@ class CommandSet {
   const Values* offered(const CLI::Option* option) const;
 
  private:
+  template <class Names>
+  Subcommands among(const Names& names) const {
+    Subcommands chosen;
+    for (const auto& name : names) {
+      if (only_ && name == next_) chosen.only_ = next_;
+    }
+    return chosen;
+  }
+
   CLI::App& root_;
   std::optional<std::string> only_;
+  std::string next_;
   Action chosen_;
   std::map<const CLI::Option*, Values> offered_;
 };

@@ -326,7 +326,9 @@ void installReport(CommandSet& commands) {
   report->add_flag("--json", rangeOptions->json, "Print a JSON object instead of a table");
   report->footer("Without a period or a range, the report is of this month. Example:\n"
                  "  quillmont report --from 2026-03-01 --to 2026-03-15");
+  const auto builds = commands.subcommands(periods);
   for (const std::string& period : periods) {
+    if (!builds(period)) continue;
     auto options = std::make_shared<RangeOptions>();
     const Span span = spanOfPeriod(period);
     CLI::App* command = commands.add(*report, period, "Report the " + period + " that contains --date (today)",
@@ -345,45 +347,47 @@ void installCsv(CommandSet& commands) {
   CLI::App& root = commands.root();
   const std::vector<std::string> periods{"week", "month", "year"};
   CLI::App* csv = commands.addGroup(root, "csv", "CSV documents of the time bank");
-  auto tableOptions = std::make_shared<DayTableOptions>();
-  CLI::App* days = commands.add(*csv, "days", "Worked, adjustment, planned and difference hours per day",
-                                [tableOptions] {
-                                  StoreSession session;
-                                  const bool range = !tableOptions->range.from.empty() || !tableOptions->range.to.empty();
-                                  const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
-                                  const DateInput::Day day = chosenDay(session, tableOptions->range.date);
-                                  const auto table =
-                                      reportOver(session, spanInterval(session, span, day, tableOptions->range));
-                                  writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
-                                });
-  commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)
-      ->type_name("PERIOD");
-  days->add_option("--date", tableOptions->range.date, "A day of the period (YYYY-MM-DD); today by default")
-      ->type_name("DAY");
-  days->add_option("--from", tableOptions->range.from, "First day of a range instead of a period")->type_name("DAY");
-  days->add_option("--to", tableOptions->range.to, "Last day of the range")->type_name("DAY");
-  days->add_option("--output,-o", tableOptions->output, "Write to FILE instead of standard output")
-      ->type_name("FILE");
+  const auto builds = commands.subcommands({"days", "ledger"});
+  if (builds("days")) {
+    auto tableOptions = std::make_shared<DayTableOptions>();
+    CLI::App* days =
+        commands.add(*csv, "days", "Worked, adjustment, planned and difference hours per day", [tableOptions] {
+          StoreSession session;
+          const bool range = !tableOptions->range.from.empty() || !tableOptions->range.to.empty();
+          const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
+          const DateInput::Day day = chosenDay(session, tableOptions->range.date);
+          const auto table = reportOver(session, spanInterval(session, span, day, tableOptions->range));
+          writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
+        });
+    commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)
+        ->type_name("PERIOD");
+    days->add_option("--date", tableOptions->range.date, "A day of the period (YYYY-MM-DD); today by default")
+        ->type_name("DAY");
+    days->add_option("--from", tableOptions->range.from, "First day of a range instead of a period")->type_name("DAY");
+    days->add_option("--to", tableOptions->range.to, "Last day of the range")->type_name("DAY");
+    days->add_option("--output,-o", tableOptions->output, "Write to FILE instead of standard output")
+        ->type_name("FILE");
+  }
 
-  auto ledgerOptions = std::make_shared<LedgerOptions>();
-  CLI::App* ledger = commands.add(*csv, "ledger", "Hours added, removed and the net change per day of bookings",
-                                  [ledgerOptions] {
-                                    StoreSession session;
-                                    const DateInput::Day today = session.today();
-                                    const DateInput::Day firstOfMonth{today.year, today.month, 1};
-                                    const DateInterval interval = CommandInput::days(
-                                        ledgerOptions->from, ledgerOptions->to, firstOfMonth, today, today,
-                                        session.calendar());
-                                    writeDocument(ledgerOptions->output,
-                                                  TimeBankReporting::ledgerCSV(
-                                                      session.context().fetch<BalanceAdjustment>(), interval,
-                                                      session.calendar()));
-                                  });
-  ledger->add_option("--from", ledgerOptions->from, "First day (YYYY-MM-DD); the first of this month by default")
-      ->type_name("DAY");
-  ledger->add_option("--to", ledgerOptions->to, "Last day (YYYY-MM-DD); today by default")->type_name("DAY");
-  ledger->add_option("--output,-o", ledgerOptions->output, "Write to FILE instead of standard output")
-      ->type_name("FILE");
+  if (builds("ledger")) {
+    auto ledgerOptions = std::make_shared<LedgerOptions>();
+    CLI::App* ledger =
+        commands.add(*csv, "ledger", "Hours added, removed and the net change per day of bookings", [ledgerOptions] {
+          StoreSession session;
+          const DateInput::Day today = session.today();
+          const DateInput::Day firstOfMonth{today.year, today.month, 1};
+          const DateInterval interval = CommandInput::days(ledgerOptions->from, ledgerOptions->to, firstOfMonth, today,
+                                                           today, session.calendar());
+          writeDocument(
+              ledgerOptions->output,
+              TimeBankReporting::ledgerCSV(session.context().fetch<BalanceAdjustment>(), interval, session.calendar()));
+        });
+    ledger->add_option("--from", ledgerOptions->from, "First day (YYYY-MM-DD); the first of this month by default")
+        ->type_name("DAY");
+    ledger->add_option("--to", ledgerOptions->to, "Last day (YYYY-MM-DD); today by default")->type_name("DAY");
+    ledger->add_option("--output,-o", ledgerOptions->output, "Write to FILE instead of standard output")
+        ->type_name("FILE");
+  }
 }
 
 }  // namespace

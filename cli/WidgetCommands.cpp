@@ -174,31 +174,38 @@ void info() {
 
 void install(CommandSet& commands) {
   CLI::App* widget = commands.addGroup(commands.root(), "widget", "The desktop widget in a terminal or a status bar");
+  const auto builds = commands.subcommands({"show", "press", "info"});
 
-  auto showOptions = std::make_shared<ShowOptions>();
-  CLI::App* showCommand =
-      commands.add(*widget, "show", "Draw the widget from its last snapshot (never opens the store)",
-                   [showOptions] { show(*showOptions); });
-  commands.oneOf(showCommand->add_option("--size", showOptions->size, "small or medium (default medium)"),
-                 {"small", "medium"})
-      ->type_name("SIZE");
-  commands
-      .oneOf(showCommand->add_option("--format", showOptions->format,
-                                     "text (the widget as drawn), json (its view tree) or waybar (a status-bar module "
-                                     "line)"),
-             {"text", "json", "waybar"})
-      ->type_name("FORMAT");
-  showCommand->add_flag("--follow,-f", showOptions->follow,
-                        "Keep running and draw again whenever the widget reloads (one JSON object per line)");
+  if (builds("show")) {
+    auto options = std::make_shared<ShowOptions>();
+    CLI::App* showCommand =
+        commands.add(*widget, "show", "Draw the widget from its last snapshot (never opens the store)",
+                     [options] { show(*options); });
+    commands
+        .oneOf(showCommand->add_option("--size", options->size, "small or medium (default medium)"),
+               {"small", "medium"})
+        ->type_name("SIZE");
+    commands
+        .oneOf(showCommand->add_option("--format", options->format,
+                                       "text (the widget as drawn), json (its view tree) or waybar (a status-bar "
+                                       "module line)"),
+               {"text", "json", "waybar"})
+        ->type_name("FORMAT");
+    showCommand->add_flag("--follow,-f", options->follow,
+                          "Keep running and draw again whenever the widget reloads (one JSON object per line)");
+  }
 
-  auto button = std::make_shared<std::string>();
-  CLI::App* pressCommand = commands.add(*widget, "press", "Press the widget's button: add or subtract 60 minutes",
-                                        [button] { press(*button); });
-  commands.oneOf(pressCommand->add_option("BUTTON", *button, "add (+60 minutes) or subtract (\u221260 minutes)"),
-                 {"add", "subtract"})
-      ->required();
+  if (builds("press")) {
+    auto button = std::make_shared<std::string>();
+    CLI::App* pressCommand = commands.add(*widget, "press", "Press the widget's button: add or subtract 60 minutes",
+                                          [button] { press(*button); });
+    commands
+        .oneOf(pressCommand->add_option("BUTTON", *button, "add (+60 minutes) or subtract (\u221260 minutes)"),
+               {"add", "subtract"})
+        ->required();
+  }
 
-  commands.add(*widget, "info", "The widget's kind, name, description and sizes", [] { info(); });
+  if (builds("info")) commands.add(*widget, "info", "The widget's kind, name, description and sizes", [] { info(); });
 }
 
 }  // namespace quillmont::WidgetCommands

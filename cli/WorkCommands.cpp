@@ -311,57 +311,79 @@ namespace {
 void installTimer(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* timer = commands.addGroup(root, "timer", "Start, stop or look at the work timer");
-  auto startOptions = std::make_shared<TimerOptions>();
-  CLI::App* start = commands.add(*timer, "start", "Start the timer (now, or at the time given)",
-                                 [startOptions] { timerStart(*startOptions); });
-  start->add_option("--at", startOptions->at, "When the work began (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
-      ->type_name("TIME");
-  start->add_option("--note,-n", startOptions->note, "A note for the work (at most 280 characters)")->type_name("TEXT");
-  auto stopAt = std::make_shared<std::string>();
-  CLI::App* stop = commands.add(*timer, "stop", "Stop the timer (now, or at the time given)", [stopAt] { timerStop(*stopAt); });
-  stop->add_option("--at", *stopAt, "When the work ended (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
-      ->type_name("TIME");
-  commands.add(*timer, "cancel", "Discard the running timer, recording nothing", [] { timerCancel(); });
-  auto continueAt = std::make_shared<std::string>();
-  CLI::App* resume = commands.add(*timer, "continue", "Start the timer again with the note of the last work",
-                                  [continueAt] { timerContinue(*continueAt); });
-  resume->add_option("--at", *continueAt, "When the work began again; not later than now")->type_name("TIME");
-  commands.add(*timer, "toggle", "Start the timer, or stop it when it runs", [] { timerToggle(); });
-  commands.add(*timer, "status", "Say whether the timer runs and since when", [] {
-    StoreSession session;
-    timerStatus(session);
-  });
+  const auto builds = commands.subcommands({"start", "stop", "cancel", "continue", "toggle", "status"});
+  if (builds("start")) {
+    auto options = std::make_shared<TimerOptions>();
+    CLI::App* start = commands.add(*timer, "start", "Start the timer (now, or at the time given)",
+                                   [options] { timerStart(*options); });
+    start->add_option("--at", options->at, "When the work began (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+        ->type_name("TIME");
+    start->add_option("--note,-n", options->note, "A note for the work (at most 280 characters)")->type_name("TEXT");
+  }
+  if (builds("stop")) {
+    auto at = std::make_shared<std::string>();
+    CLI::App* stop =
+        commands.add(*timer, "stop", "Stop the timer (now, or at the time given)", [at] { timerStop(*at); });
+    stop->add_option("--at", *at, "When the work ended (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+        ->type_name("TIME");
+  }
+  if (builds("cancel")) {
+    commands.add(*timer, "cancel", "Discard the running timer, recording nothing", [] { timerCancel(); });
+  }
+  if (builds("continue")) {
+    auto at = std::make_shared<std::string>();
+    CLI::App* resume = commands.add(*timer, "continue", "Start the timer again with the note of the last work",
+                                    [at] { timerContinue(*at); });
+    resume->add_option("--at", *at, "When the work began again; not later than now")->type_name("TIME");
+  }
+  if (builds("toggle")) {
+    commands.add(*timer, "toggle", "Start the timer, or stop it when it runs", [] { timerToggle(); });
+  }
+  if (builds("status")) {
+    commands.add(*timer, "status", "Say whether the timer runs and since when", [] {
+      StoreSession session;
+      timerStatus(session);
+    });
+  }
 }
 
 void installWork(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* work = commands.addGroup(root, "work", "Worked time typed in by hand");
-  auto addOptions = std::make_shared<EntryOptions>();
-  CLI::App* addCommand = commands.add(*work, "add", "Add worked time", [addOptions] { add(*addOptions); });
-  addEntryOptions(*addCommand, *addOptions, true);
-  addCommand->footer(
-      "A time alone (17:00) is on today for --start, and on the start's day (or the next, when that comes before "
-      "the start) for --end.\nExample:\n  quillmont work add --start \"2026-03-02 08:30\" --end 17:00 --break 45");
-
-  auto editOptions = std::make_shared<EntryOptions>();
-  CLI::App* editCommand = commands.add(*work, "edit", "Change worked time", [editOptions] { edit(*editOptions); });
-  editCommand->add_option("ID", editOptions->identifier, "The entry's identifier (a unique prefix is enough)")
-      ->required();
-  addEntryOptions(*editCommand, *editOptions, false);
-  editCommand->footer("A time alone (17:30) keeps the entry on its day: the start on the day it starts, the end on the "
-                      "start's day or the next.");
-
-  auto identifier = std::make_shared<std::string>();
-  CLI::App* deleteCommand = commands.add(*work, "delete", "Delete worked time", [identifier] { remove(*identifier); });
-  deleteCommand->add_option("ID", *identifier, "The entry's identifier (a unique prefix is enough)")->required();
-
-  auto listOptions = std::make_shared<ListOptions>();
-  CLI::App* listCommand = commands.add(*work, "list", "List worked time (the last 30 days unless told otherwise)",
-                                       [listOptions] { list(*listOptions); });
-  listCommand->add_option("--from", listOptions->from, "First day (YYYY-MM-DD)")->type_name("DAY");
-  listCommand->add_option("--to", listOptions->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
-  listCommand->add_flag("--all", listOptions->all, "Every entry")->excludes("--from")->excludes("--to");
-  listCommand->add_flag("--json", listOptions->json, "Print a JSON object instead of a table");
+  const auto builds = commands.subcommands({"add", "edit", "delete", "list"});
+  if (builds("add")) {
+    auto options = std::make_shared<EntryOptions>();
+    CLI::App* addCommand = commands.add(*work, "add", "Add worked time", [options] { add(*options); });
+    addEntryOptions(*addCommand, *options, true);
+    addCommand->footer(
+        "A time alone (17:00) is on today for --start, and on the start's day (or the next, when that comes before "
+        "the start) for --end.\nExample:\n  quillmont work add --start \"2026-03-02 08:30\" --end 17:00 --break 45");
+  }
+  if (builds("edit")) {
+    auto options = std::make_shared<EntryOptions>();
+    CLI::App* editCommand = commands.add(*work, "edit", "Change worked time", [options] { edit(*options); });
+    editCommand->add_option("ID", options->identifier, "The entry's identifier (a unique prefix is enough)")
+        ->required();
+    addEntryOptions(*editCommand, *options, false);
+    editCommand->footer(
+        "A time alone (17:30) keeps the entry on its day: the start on the day it starts, the end on the "
+        "start's day or the next.");
+  }
+  if (builds("delete")) {
+    auto identifier = std::make_shared<std::string>();
+    CLI::App* deleteCommand =
+        commands.add(*work, "delete", "Delete worked time", [identifier] { remove(*identifier); });
+    deleteCommand->add_option("ID", *identifier, "The entry's identifier (a unique prefix is enough)")->required();
+  }
+  if (builds("list")) {
+    auto options = std::make_shared<ListOptions>();
+    CLI::App* listCommand = commands.add(*work, "list", "List worked time (the last 30 days unless told otherwise)",
+                                         [options] { list(*options); });
+    listCommand->add_option("--from", options->from, "First day (YYYY-MM-DD)")->type_name("DAY");
+    listCommand->add_option("--to", options->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
+    listCommand->add_flag("--all", options->all, "Every entry")->excludes("--from")->excludes("--to");
+    listCommand->add_flag("--json", options->json, "Print a JSON object instead of a table");
+  }
 }
 
 }  // namespace

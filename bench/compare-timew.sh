@@ -43,18 +43,27 @@ for month, lines in months.items():
 EOF
 timew >/dev/null 2>&1 || true
 
+# Both programs run from copies made now: how recently a program's file was
+# written or read into the page cache moved a ratio by up to a tenth here
+# (a fresh copy of the same binary against one copied twenty minutes before).
+mkdir -p "$work/bin"
+cp "$quillmont" "$work/bin/quillmont"
+cp "$(command -v timew)" "$work/bin/timew"
+quillmont="$work/bin/quillmont"
+timew="$work/bin/timew"
+
 compare() {
   python3 "$root/bench/interleaved.py" "$1" "$2" "$3" || printf '%-34s failed: %s | %s\n' "$1" "$2" "$3"
 }
 
 printf '%-34s %11s %11s %7s\n' "command" "quillmont" "timew" "ratio"
-compare "start-up (--version)" "$quillmont --version" "timew --version"
-compare "overview / timew" "$quillmont" "timew"
-compare "book -1 / track :adjust" "$quillmont book -1" "timew track 2000-01-01T10:00 - 2000-01-01T10:01 bench :adjust"
-compare "widget press add / track :adjust" "$quillmont widget press add" "timew track 2000-01-02T10:00 - 2000-01-02T10:01 bench :adjust"
+compare "start-up (--version)" "$quillmont --version" "$timew --version"
+compare "overview / timew" "$quillmont" "$timew"
+compare "book -1 / track :adjust" "$quillmont book -1" "$timew track 2000-01-01T10:00 - 2000-01-01T10:01 bench :adjust"
+compare "widget press add / track :adjust" "$quillmont widget press add" "$timew track 2000-01-02T10:00 - 2000-01-02T10:01 bench :adjust"
 compare "timer start + stop / start + stop" "sh -c '$quillmont timer start >/dev/null && $quillmont timer stop >/dev/null'" \
-  "sh -c 'timew start bench >/dev/null && timew stop >/dev/null'"
-compare "bookings list / day" "$quillmont bookings list" "timew day"
-compare "report week / summary :week" "$quillmont report week" "timew summary :week"
-compare "report month / summary :month" "$quillmont report month" "timew summary :month"
-compare "report of ten years / summary :all" "$quillmont report --from 2016-11-01 --to 2026-12-31" "timew summary :all"
+  "sh -c '$timew start bench >/dev/null && $timew stop >/dev/null'"
+compare "bookings list / day" "$quillmont bookings list" "$timew day"
+compare "report week / summary :week" "$quillmont report week" "$timew summary :week"
+compare "report month / summary :month" "$quillmont report month" "$timew summary :month"
+compare "report of ten years / summary :all" "$quillmont report --from 2016-11-01 --to 2026-12-31" "$timew summary :all"

@@ -90,8 +90,9 @@ class CommandSet {
   template <class Names>
   Subcommands among(const Names& names) const {
     Subcommands chosen;
+    if (!only_) return chosen;
     for (const auto& name : names) {
-      if (only_ && name == next_) chosen.only_ = next_;
+      if (name == next_) chosen.only_ = next_;
     }
     return chosen;
   }

@@ -500,8 +500,7 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
   beginWriting();
   try {
     write();
-    database_.commit(Code::saveFailed);  // not a save of records
-    writer_.release();
+    commitTransaction();  // not a save of records
   } catch (...) {
     abandonWriting();
     throw;
@@ -513,8 +512,7 @@ std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
   try {
     auto undone = journal_.undoLast();
     if (!undone) {
-      database_.execute("COMMIT", Code::saveFailed);
-      writer_.release();
+      commitTransaction();
       return std::nullopt;
     }
     for (const std::size_t entity : undone->second) {
@@ -572,9 +570,13 @@ void ModelContainer::beginWriting() {
   }
 }
 
-void ModelContainer::commitWriting() {
+void ModelContainer::commitTransaction() {
   database_.commit(Code::saveFailed);
   writer_.release();
+}
+
+void ModelContainer::commitWriting() {
+  commitTransaction();
   ++savesCommitted_;
 }
 

@@ -144,8 +144,10 @@ class ModelContainer {
   /// Takes the write lock (waiting up to the busy timeout); throws
   /// StoreError(busy or saveFailed).
   void beginWriting();
-  /// Commits and checkpoints, then lets the next writer in; when it throws,
-  /// abandonWriting ends the transaction.
+  /// Commits and checkpoints beginWriting's transaction, then lets the next
+  /// writer in; when it throws, abandonWriting ends the transaction.
+  void commitTransaction();
+  /// commitTransaction for a save of records (counted).
   void commitWriting();
   /// Inside the write transaction: raises the generation of `entityName`.
   void raiseGeneration(std::string_view entityName);

@@ -644,7 +644,7 @@ every save is copied from the log into the store at once, so between commands th
 .TP
 .I )" << roffPath("DATA/" + group + "/Preferences/" + std::string(AppConstants::widgetSnapshotKey))
       << R"(
-The figures the widget shows, rewritten by every command that changes the store.
+The figures the widget shows, rewritten by every command that changes one of them.
 .TP
 .I DATA/widget\-center/reload
 The signal that tells running widgets to redraw.

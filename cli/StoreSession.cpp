@@ -8,10 +8,23 @@
 #include "core/persistence/RuntimeEntitlements.h"
 #include "core/persistence/AppConstants.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
+#include "core/widgetstate/WidgetSnapshotStore.h"
 #include "platform/foundation/ContainerDirectories.h"
 #include "platform/widgets/WidgetCenter.h"
 
 namespace quillmont {
+namespace {
+
+// Whether a widget drawing `stored` shows, for the rest of today, what it
+// would show drawing `fresh`: the same figures, computed earlier today. Only
+// the time it was computed differs (a timer's start or stop changes no figure).
+bool drawsTheSame(WidgetSnapshot stored, const WidgetSnapshot& fresh, const Calendar& calendar) {
+  if (stored.updatedAt > fresh.updatedAt || !calendar.isDate(stored.updatedAt, fresh.updatedAt)) return false;
+  stored.updatedAt = fresh.updatedAt;
+  return stored == fresh;
+}
+
+}  // namespace
 
 StoreSession::StoreSession()
     : calendar_(Calendar::autoupdatingCurrent()),
@@ -48,8 +61,13 @@ std::filesystem::path StoreSession::storePath() {
 void StoreSession::refreshWidget() noexcept {
   if (container_->savesCommitted() == refreshedAtSave_) return;
   try {
-    WidgetSnapshotBuilder::save(*context_, Date::now());
+    const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(*context_, Date::now());
     refreshedAtSave_ = container_->savesCommitted();
+    // Rewriting the same figures would only wake every widget to draw them
+    // again; the document is replaced (a new file renamed over the old one)
+    // and that is most of what a save costs besides the store itself.
+    if (drawsTheSame(WidgetSnapshotStore::load(), snapshot, calendar_)) return;
+    WidgetSnapshotStore::save(snapshot);
     WidgetCenter::shared().reloadAllTimelines();
   } catch (const std::exception& error) {
     std::cerr << "quillmont: the widget keeps its last figures: " << error.what() << '\n';

@@ -7,8 +7,9 @@
 // only what the session holds, and any save says the store is read-only.
 //
 // When the session ends and anything was saved through it (by the command or
-// by maintenance), it rebuilds the widget snapshot and asks every widget to
-// reload, so no widget shows figures older than the store.
+// by maintenance), it rebuilds the widget snapshot; when that shows anything
+// other than the stored one (a figure, or another day), it saves it and asks
+// every widget to reload, so no widget shows figures older than the store.
 #pragma once
 
 #include <filesystem>
@@ -49,9 +50,10 @@ class StoreSession {
   /// `quillmont undo` can take it back; `action` is how undo names it.
   void journal(std::string action) { context_->setUndoAction(std::move(action)); }
 
-  /// Saves the widget snapshot and asks the widgets to reload, when the
-  /// store changed since the last refresh. A snapshot that cannot be built
-  /// is reported on standard error; the widget keeps its last one.
+  /// Rebuilds the widget snapshot when the store changed since the last
+  /// refresh, and saves it and asks the widgets to reload when the widgets
+  /// would draw it differently from the stored one today. A snapshot that
+  /// cannot be built is reported on standard error; the widget keeps its last one.
   void refreshWidget() noexcept;
 
  private:

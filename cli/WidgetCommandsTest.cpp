@@ -109,6 +109,47 @@ TEST(WidgetCommands, ACorruptForeignOrHalfWrittenSnapshotShowsTheSetUpMessage) {
   EXPECT_EQ(shownBalance(quillmont), 37800);
 }
 
+TEST(WidgetCommands, ASaveRewritesTheSnapshotAndWakesTheWidgetsOnlyWhenTheyWouldDrawSomethingElse) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  const auto file = snapshotFile(quillmont);
+  const auto reload = quillmont.home() / "data" / "widget-center" / "reload";
+  const std::string set = testing::readFile(file);
+  const std::string signal = testing::readFile(reload);
+  ASSERT_THAT(set, HasSubstr("\"balanceSeconds\":36000"));
+  ASSERT_FALSE(signal.empty());
+
+  // A timer's start and stop are saved but change no figure the widget shows.
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"timer", "stop"}).exitCode, 0);
+  EXPECT_EQ(testing::readFile(file), set);
+  EXPECT_EQ(testing::readFile(reload), signal);
+
+  ASSERT_EQ(quillmont.run({"book", "1h"}).exitCode, 0);
+  EXPECT_EQ(shownBalance(quillmont), 39600);
+  EXPECT_NE(testing::readFile(reload), signal);
+
+  // The same figures computed on another day show other "today" figures
+  // there, and a damaged document shows none: both are written again.
+  const std::string booked = testing::readFile(file);
+  const auto at = booked.find("\"updatedAt\":");
+  ASSERT_NE(at, std::string::npos) << booked;
+  const auto value = at + std::string("\"updatedAt\":").size();
+  const auto end = booked.find_first_of(",}", value);
+  const double updatedAt = std::strtod(booked.substr(value, end - value).c_str(), nullptr);
+  const std::string yesterday =
+      booked.substr(0, value) + std::to_string(updatedAt - 2 * 86400) + booked.substr(end);
+  for (const std::string& stored : {yesterday, booked.substr(0, booked.size() / 2)}) {
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << stored;
+    const std::string before = testing::readFile(reload);
+    ASSERT_EQ(quillmont.run({"timer", "toggle"}).exitCode, 0);
+    const std::string rewritten = testing::readFile(file);
+    EXPECT_EQ(rewritten.substr(0, value), booked.substr(0, value)) << "the same figures";
+    EXPECT_NE(rewritten, stored);
+    EXPECT_NE(testing::readFile(reload), before);
+  }
+}
+
 TEST(WidgetCommands, PressBooksAnHourOrRefusesUntilSetUp) {
   CommandRunner quillmont;
   const auto refused = quillmont.run({"widget", "press", "add"});

@@ -1,6 +1,7 @@
 #include "cli/FileTransfer.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +9,7 @@
 #include <iostream>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,6 +48,18 @@ void removeStaleTemporaries(const std::filesystem::path& folder, const std::stri
   }
 }
 
+// A buffer of tens of megabytes (an archive at its limits) took one page
+// fault per 4 KiB page as it was first written: 14,000 for the largest
+// archive, a tenth of its import. Where the kernel gives huge pages on
+// request, the whole 2 MiB stretches inside the buffer take one each.
+void preferLargePages(char* buffer, std::size_t size) {
+  constexpr std::uintptr_t hugePage = std::uintptr_t{2} << 20;
+  if (size < 4 * hugePage) return;
+  const auto begin = (reinterpret_cast<std::uintptr_t>(buffer) + hugePage - 1) & ~(hugePage - 1);
+  const auto end = (reinterpret_cast<std::uintptr_t>(buffer) + size) & ~(hugePage - 1);
+  if (begin < end) ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);  // only advice
+}
+
 }  // namespace
 
 bool isStandardStream(std::string_view name) { return name.empty() || name == "-"; }
@@ -63,6 +77,7 @@ std::string read(const std::string& name) {
   // the buffer.
   std::string contents;
   contents.reserve(expected + JsonReader::padding);
+  preferLargePages(contents.data(), contents.capacity());
   contents.resize(expected);
   std::size_t length = 0;
   char buffer[65536];

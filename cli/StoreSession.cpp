@@ -49,6 +49,7 @@ std::shared_ptr<TimeBankSettings> StoreSession::repaired() {
 StoreSession::~StoreSession() {
   container_->endReading();
   refreshWidget();
+  container_->endReading();  // when the rebuild failed half-way
 }
 
 std::filesystem::path StoreSession::storePath() {
@@ -61,7 +62,11 @@ std::filesystem::path StoreSession::storePath() {
 void StoreSession::refreshWidget() noexcept {
   if (container_->savesCommitted() == refreshedAtSave_) return;
   try {
+    // The rebuild reads the newest store, from one snapshot like the command.
+    container_->endReading();
+    container_->beginReading();
     const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(*context_, Date::now());
+    container_->endReading();
     refreshedAtSave_ = container_->savesCommitted();
     // Rewriting the same figures would only wake every widget to draw them
     // again; the document is replaced (a new file renamed over the old one)

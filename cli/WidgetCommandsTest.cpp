@@ -137,9 +137,8 @@ TEST(WidgetCommands, ASaveRewritesTheSnapshotAndWakesTheWidgetsOnlyWhenTheyWould
   const auto value = at + std::string("\"updatedAt\":").size();
   const auto end = booked.find_first_of(",}", value);
   const double updatedAt = std::strtod(booked.substr(value, end - value).c_str(), nullptr);
-  const std::string yesterday =
-      booked.substr(0, value) + std::to_string(updatedAt - 2 * 86400) + booked.substr(end);
-  for (const std::string& stored : {yesterday, booked.substr(0, booked.size() / 2)}) {
+  const std::string daysBefore = booked.substr(0, value) + std::to_string(updatedAt - 2 * 86400) + booked.substr(end);
+  for (const std::string& stored : {daysBefore, booked.substr(0, booked.size() / 2)}) {
     std::ofstream(file, std::ios::binary | std::ios::trunc) << stored;
     const std::string before = testing::readFile(reload);
     ASSERT_EQ(quillmont.run({"timer", "toggle"}).exitCode, 0);

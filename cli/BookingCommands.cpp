@@ -35,13 +35,6 @@ struct BookOptions {
   std::string day;
 };
 
-struct ListOptions {
-  std::string from;
-  std::string to;
-  bool all = false;
-  bool json = false;
-};
-
 // The category text of a built-in kind (by raw value or title) or of one of
 // the user's own categories (by title), ignoring letter case.
 std::string categoryRawValue(const std::string& text, const TimeBankSettings& settings) {
@@ -166,7 +159,7 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
 
 void list(const ListOptions& options) {
   StoreSession session;
-  const auto range = listRange(options.from, options.to, options.all, session);
+  const auto range = listRange(options, session);
   if (options.json) {
     listJSON(session, range.interval, range.first, range.last);
   } else {
@@ -197,8 +190,17 @@ std::string dayText(const DateInput::Day& day) {
   return buffer;
 }
 
-ListRange listRange(const std::string& from, const std::string& to, bool all, StoreSession& session) {
-  if (all) return {DateInterval::between(Date(-1e300), Date(1e300)), std::nullopt, std::nullopt, "of every day"};
+void addListOptions(CLI::App& command, ListOptions& options, const std::string& every) {
+  command.add_option("--from", options.from, "First day (YYYY-MM-DD)")->type_name("DAY");
+  command.add_option("--to", options.to, "Last day (YYYY-MM-DD)")->type_name("DAY");
+  command.add_flag("--all", options.all, every)->excludes("--from")->excludes("--to");
+  command.add_flag("--json", options.json, "Print a JSON object instead of a table");
+}
+
+ListRange listRange(const ListOptions& options, StoreSession& session) {
+  const std::string& from = options.from;
+  const std::string& to = options.to;
+  if (options.all) return {DateInterval::between(Date(-1e300), Date(1e300)), std::nullopt, std::nullopt, "of every day"};
   const DateInput::Day today = session.today();
   const DateInput::Day first = from.empty() ? today.adding(1 - defaultListDays) : CommandInput::day(from, today, "--from");
   const DateInput::Day last = to.empty() ? today : CommandInput::day(to, today, "--to");
@@ -277,10 +279,7 @@ void installBookings(CommandSet& commands) {
     auto options = std::make_shared<ListOptions>();
     CLI::App* listCommand = commands.add(*bookings, "list", "List bookings (the last 30 days unless told otherwise)",
                                          [options] { list(*options); });
-    listCommand->add_option("--from", options->from, "First day (YYYY-MM-DD)")->type_name("DAY");
-    listCommand->add_option("--to", options->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
-    listCommand->add_flag("--all", options->all, "Every booking")->excludes("--from")->excludes("--to");
-    listCommand->add_flag("--json", options->json, "Print a JSON object instead of a table");
+    addListOptions(*listCommand, *options, "Every booking");
   }
   if (builds("delete")) {
     auto identifier = std::make_shared<std::string>();

@@ -10,6 +10,10 @@
 #include "cli/DateInput.h"
 #include "platform/foundation/DateInterval.h"
 
+namespace CLI {
+class App;
+}
+
 namespace quillmont {
 
 class StoreSession;
@@ -22,6 +26,15 @@ void install(CommandSet& commands);
 /// Prints the bookings dated inside `interval`, oldest first, under a title
 /// naming the `range`, with the balance before and after the range.
 void showList(StoreSession& session, const DateInterval& interval, const std::string& range);
+/// What `bookings list` and `work list` are told: --from, --to, --all, --json.
+struct ListOptions {
+  std::string from;
+  std::string to;
+  bool all = false;
+  bool json = false;
+};
+/// Adds those options to a list command; `every` says what --all lists.
+void addListOptions(CLI::App& command, ListOptions& options, const std::string& every);
 /// The days a list shows: every day with --all, else --from through --to,
 /// by default the last `defaultListDays` days; `text` names them ("from
 /// 2026-03-01 to 2026-03-31"); `first` and `last` are absent for every day.
@@ -31,7 +44,7 @@ struct ListRange {
   std::optional<DateInput::Day> last;
   std::string text;
 };
-ListRange listRange(const std::string& from, const std::string& to, bool all, StoreSession& session);
+ListRange listRange(const ListOptions& options, StoreSession& session);
 
 /// "2026-03-01".
 std::string dayText(const DateInput::Day& day);

@@ -47,9 +47,8 @@ std::shared_ptr<TimeBankSettings> StoreSession::repaired() {
 }
 
 StoreSession::~StoreSession() {
-  container_->endReading();
   refreshWidget();
-  container_->endReading();  // when the rebuild failed half-way
+  container_->endReading();  // the command's, or a rebuild's that failed half-way
 }
 
 std::filesystem::path StoreSession::storePath() {

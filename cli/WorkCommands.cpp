@@ -23,6 +23,8 @@
 namespace quillmont::WorkCommands {
 namespace {
 
+using BookingCommands::ListOptions;
+
 struct EntryOptions {
   std::string identifier;
   std::string start;
@@ -33,13 +35,6 @@ struct EntryOptions {
 };
 
 constexpr double maximumUnconfirmedSeconds = 24.0 * 60 * 60;
-
-struct ListOptions {
-  std::string from;
-  std::string to;
-  bool all = false;
-  bool json = false;
-};
 
 // ---- timer ----
 
@@ -256,7 +251,7 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
 
 void list(const ListOptions& options) {
   StoreSession session;
-  const auto range = BookingCommands::listRange(options.from, options.to, options.all, session);
+  const auto range = BookingCommands::listRange(options, session);
   if (options.json) {
     listJSON(session, range.interval, range.first, range.last);
   } else {
@@ -379,10 +374,7 @@ void installWork(CommandSet& commands) {
     auto options = std::make_shared<ListOptions>();
     CLI::App* listCommand = commands.add(*work, "list", "List worked time (the last 30 days unless told otherwise)",
                                          [options] { list(*options); });
-    listCommand->add_option("--from", options->from, "First day (YYYY-MM-DD)")->type_name("DAY");
-    listCommand->add_option("--to", options->to, "Last day (YYYY-MM-DD)")->type_name("DAY");
-    listCommand->add_flag("--all", options->all, "Every entry")->excludes("--from")->excludes("--to");
-    listCommand->add_flag("--json", options->json, "Print a JSON object instead of a table");
+    BookingCommands::addListOptions(*listCommand, *options, "Every entry");
   }
 }
 

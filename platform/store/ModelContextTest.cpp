@@ -731,7 +731,6 @@ TEST_F(ModelContextTest, WritersTakeTurnsAcrossProcesses) {
   EXPECT_TRUE(isFree());
 }
 
-
 // A process killed in the middle of a large save leaves the store exactly as
 // it was before that save, and undamaged.
 TEST_F(ModelContextTest, KilledSaveLeavesTheStoreAsBefore) {

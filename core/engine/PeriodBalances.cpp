@@ -24,35 +24,53 @@ std::vector<ObservedWorkInterval> intervals(ModelContext& context, const RowFilt
   return found;
 }
 
-// Every entry whose interval, cut at `through`, ends at or after `from` and
-// starts by `through`; running ones included.
+// The earliest start among `work`, when it lies before `from`.
+std::optional<Date> earlierStart(std::span<const ObservedWorkInterval> work, Date from) {
+  Date earliest = from;
+  for (const ObservedWorkInterval& interval : work) earliest = std::min(earliest, interval.start);
+  if (earliest < from) return earliest;
+  return std::nullopt;
+}
+
+}  // namespace
+
 RowFilter reaching(Date from, Date through) {
   return RowFilter::allOf({{"endedAt", Op::greaterOrEqual, from}, {"startedAt", Op::lessOrEqual, through}})
       .orElse(RowFilter::allOf({{"endedAt", Op::isNull, {}}, {"startedAt", Op::lessOrEqual, through}}));
 }
 
-}  // namespace
+std::vector<ObservedWorkInterval> wholeClusters(ModelContext& context, std::vector<ObservedWorkInterval> found,
+                                                Date from, Date through) {
+  // Intervals join a cluster when they overlap or touch, and a cluster's
+  // break is spread over all of it: widen the start until no interval read
+  // begins before it, so every cluster that reaches `from` is whole.
+  while (const auto reach = earlierStart(found, from)) {
+    from = *reach;
+    found = intervals(context, reaching(from, through), through);
+  }
+  return found;
+}
+
+TimeInterval workedToday(ModelContext& context, std::vector<ObservedWorkInterval> found, Date asOf,
+                         const Calendar& calendar) {
+  const Date today = calendar.startOfDay(asOf);
+  const auto work = wholeClusters(context, std::move(found), today, asOf);
+  const auto grid = TimeBankCalculator::detail::DayGrid::covering(calendar, today, asOf);
+  if (grid.empty()) return 0;
+  return TimeBankCalculator::detail::workedSecondsOnDays(work, TimeBankCalculator::detail::clusteringOrder(work), grid)
+      .front()
+      .value_or(0);
+}
 
 std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& settings, Date from, Date through,
                              const Calendar& calendar) {
   const Date firstDay = calendar.startOfDay(from);
 
-  // Intervals join a cluster when they overlap or touch, and a cluster's
-  // break is spread over all of it: widen the start until no interval read
-  // begins before it, so every cluster that reaches the first day is whole.
   std::vector<ObservedWorkInterval> work;
   if (through - firstDay > longStretch) {
     work = intervals(context, RowFilter{}, through);
   } else {
-    Date reach = firstDay;
-    work = intervals(context, reaching(reach, through), through);
-    while (true) {
-      Date earliest = reach;
-      for (const ObservedWorkInterval& interval : work) earliest = std::min(earliest, interval.start);
-      if (!(earliest < reach)) break;
-      reach = earliest;
-      work = intervals(context, reaching(reach, through), through);
-    }
+    work = wholeClusters(context, intervals(context, reaching(firstDay, through), through), firstDay, through);
   }
 
   // Bookings count by day, through the last day of `through`.

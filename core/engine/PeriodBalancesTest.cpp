@@ -71,6 +71,19 @@ RC_GTEST_PROP(PeriodBalances, EqualTheBalancesOfEveryRecord, ()) {
     // Read first: reading every record loads the tables into the context.
     const auto period = PeriodBalances::read(context, settings, from, through, calendar);
     RC_ASSERT(period == fromEveryRecord(context, settings, from, through, calendar));
+    // Today's worked time, from the rows that reach today, as every record has it.
+    const Date today = calendar.startOfDay(through);
+    std::vector<TimeBankCalculator::detail::ObservedWorkInterval> found;
+    context.forEach<WorkEntry>({"startedAt", "endedAt", "breakMinutes"}, PeriodBalances::reaching(today, through),
+                               [&](const WorkEntry& entry) {
+                                 if (auto seen = TimeBankCalculator::detail::observedInterval(entry, through)) {
+                                   found.push_back(*seen);
+                                 }
+                               });
+    const auto everyRecord =
+        TimeBankCalculator::detail::workedSecondsByDay(context.fetch<WorkEntry>(), today, through, through, calendar);
+    const double expected = everyRecord.contains(today) ? everyRecord.at(today) : 0.0;
+    RC_ASSERT(PeriodBalances::workedToday(context, std::move(found), through, calendar) == expected);
     RC_TAG(how);
   };
   ModelContext reader(writer.container());

@@ -41,6 +41,21 @@ void insertionSort(std::span<std::uint32_t> order, std::span<const ObservedWorkI
 
 }  // namespace
 
+TimeInterval netFactor(TimeInterval length, TimeInterval breakSeconds) {
+  // Written so that an unbounded cluster keeps the factor 1 instead of inf / inf.
+  const TimeInterval net = length - breakSeconds;
+  return net >= length ? 1.0 : net <= 0 ? 0.0 : net / length;
+}
+
+TimeInterval clusteredWorkedSeconds(std::span<const ObservedWorkInterval> intervals) {
+  TimeInterval total = 0;
+  for (const WorkIntervalCluster& cluster : workIntervalClusters(sortedForClustering(intervals))) {
+    const TimeInterval length = cluster.end - cluster.start;
+    if (length > 0) total += netFactor(length, cluster.breakSeconds()) * length;
+  }
+  return total;
+}
+
 TimeInterval WorkIntervalCluster::breakSeconds() const {
   TimeInterval total = 0;
   for (const auto& [key, seconds] : breakSecondsByInterval) total += seconds;
@@ -223,10 +238,7 @@ std::vector<std::optional<TimeInterval>> workedSecondsOnDays(std::span<const Obs
   const auto spread = [&](Date start, Date end, TimeInterval breakSeconds) {
     const TimeInterval length = end - start;
     if (!(length > 0)) return;
-    // (length - breaks) / length clamped to 0 ... 1; written so that an
-    // unbounded cluster keeps the factor 1 instead of inf / inf.
-    const TimeInterval net = length - breakSeconds;
-    const TimeInterval factor = net >= length ? 1.0 : net <= 0 ? 0.0 : net / length;
+    const TimeInterval factor = netFactor(length, breakSeconds);
     passed = countUpTo(passed, start);
     const std::size_t endBoundaries = countUpTo(passed, end);
     if (endBoundaries == 0) return;
@@ -288,6 +300,10 @@ std::map<Date, TimeInterval> workedSecondsByDay(std::span<const std::shared_ptr<
 }
 
 }  // namespace detail
+
+TimeInterval workedSeconds(Entries entries, Date asOf) {
+  return detail::clusteredWorkedSeconds(detail::observedIntervals(entries, asOf));
+}
 
 namespace {
 

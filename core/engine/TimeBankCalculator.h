@@ -42,6 +42,12 @@ using Schedules = std::span<const std::shared_ptr<WorkSchedule>>;
 /// evenly over the entry, so a part carries its share of it. Never negative.
 TimeInterval workedSeconds(const WorkEntry& entry, const DateInterval& during, Date asOf);
 
+/// The worked seconds of `entries` taken together, running and later-ending
+/// entries counted up to `asOf`: time that several entries cover counts once
+/// and each cluster's breaks are subtracted once per distinct interval, as
+/// the day balances count them (their sum over every day). Never negative.
+TimeInterval workedSeconds(Entries entries, Date asOf);
+
 /// One balance per day, ascending, from the day of the calculation start
 /// (the settings' start, not before 1 January 2000) through the day of
 /// `through`. Entries count up to `through`; adjustments count by whole day,

@@ -109,6 +109,15 @@ std::vector<ObservedWorkInterval> sortedForClustering(std::span<const ObservedWo
 /// is the larger of theirs.
 std::vector<WorkIntervalCluster> workIntervalClusters(std::span<const ObservedWorkInterval> sortedIntervals);
 
+/// The share of a cluster's length that is worked: (length - breaks) / length,
+/// clamped to 0 ... 1. The cluster must have a positive length.
+TimeInterval netFactor(TimeInterval length, TimeInterval breakSeconds);
+
+/// Worked seconds of intervals taken together, on no particular day: the
+/// length of each cluster times its net factor, summed. The same as the sum
+/// over every day of workedSecondsOnDays().
+TimeInterval clusteredWorkedSeconds(std::span<const ObservedWorkInterval> intervals);
+
 /// Worked seconds of intervals, taken in `order`, on each day of `grid`:
 /// every part of a cluster of positive length on a day adds its length times
 /// the cluster's net factor (its length less its breaks, as a share of its

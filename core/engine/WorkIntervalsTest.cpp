@@ -203,5 +203,40 @@ RC_GTEST_PROP(WorkIntervals, WorkedSecondsStayWithinTheDayAndIgnoreRepeats, ()) 
   RC_ASSERT(byDay(entries, berlin, from, through, asOf) == worked);
 }
 
+// The total of entries taken together is what the days add up to, whichever
+// days the work falls on; so a list's total and a report's agree.
+RC_GTEST_PROP(WorkIntervals, TheTotalOfEntriesIsTheSumOfTheirDays, ()) {
+  static const auto berlin = calendarIn("Europe/Berlin");
+  const Date base = at(berlin, 2026, 10, 22);
+  Entries entries;
+  for (int i = *rc::gen::inRange(0, 12); i > 0; --i) {
+    const Date start = base + *rc::gen::inRange(0, 6 * 24 * 60) * 60.0;
+    const auto end = *rc::gen::element<std::optional<Date>>(start + *rc::gen::inRange(-60, 30 * 60) * 60.0, std::nullopt);
+    entries.push_back(entry(start, end, *rc::gen::inRange(-10, 300)));
+  }
+  const Date asOf = base + *rc::gen::inRange(0, 8 * 24) * hour;
+  double days = 0;
+  for (const auto& [day, seconds] : byDay(entries, berlin, base, base + 9 * 24 * hour, asOf)) days += seconds;
+  const double total = TimeBankCalculator::workedSeconds(entries, asOf);
+  RC_ASSERT(std::abs(total - days) < 1e-6);
+  double separately = 0;
+  for (const auto& one : entries) separately += one->workedSeconds(asOf) * (one->startedAt() <= asOf ? 1 : 0);
+  RC_ASSERT(total <= separately + 1e-6);
+}
+
+TEST(WorkIntervals, TheTotalOfEntriesCountsOverlapsOnce) {
+  const auto berlin = calendarIn("Europe/Berlin");
+  const Date day = at(berlin, 2026, 3, 2);
+  const Date later = day + 48 * hour;
+  EXPECT_EQ(TimeBankCalculator::workedSeconds(
+                Entries{entry(day + 9 * hour, day + 12 * hour), entry(day + 10 * hour, day + 13 * hour)}, later),
+            14'400);
+  EXPECT_EQ(TimeBankCalculator::workedSeconds(Entries{entry(day + 22 * hour, day + 26 * hour, 60)}, later), 3 * hour);
+  // A running entry counts up to the instant asked about, not beyond.
+  EXPECT_EQ(TimeBankCalculator::workedSeconds(Entries{entry(day + 8 * hour, std::nullopt)}, day + 10.5 * hour),
+            2.5 * hour);
+  EXPECT_EQ(TimeBankCalculator::workedSeconds(Entries{}, later), 0);
+}
+
 }  // namespace
 }  // namespace quillmont

@@ -167,11 +167,27 @@ void list(const ListOptions& options) {
   }
 }
 
+/// Newest first: the booking made last (createdAt), then the later date,
+/// then the greater identifier.
+bool madeLater(const BalanceAdjustment& a, const BalanceAdjustment& b) {
+  using RecordLookup::recency;
+  if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
+  if (recency(a.date()) != recency(b.date())) return recency(a.date()) > recency(b.date());
+  return a.id() > b.id();
+}
+
 void remove(const std::string& identifier) {
   StoreSession session;
-  session.journal("bookings delete " + identifier);
-  const auto found = RecordLookup::find(session.context().fetch<BalanceAdjustment>(), identifier, "booking");
+  auto bookings = session.context().fetch<BalanceAdjustment>();
+  // The ledger's start marker is not a booking the person made or sees
+  // listed, so it takes no place among the newest.
+  if (RecordLookup::recentPlace(identifier)) {
+    std::erase_if(bookings, [](const auto& booking) { return ManualLedgerMigration::isCarryover(*booking); });
+  }
+  const auto found = RecordLookup::find(bookings, identifier, "booking", madeLater);
   const auto& booking = *found.front();
+  session.journal("bookings delete " +
+                  (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(booking.id()) : identifier));
   if (ManualLedgerMigration::isCarryover(booking)) {
     throw CommandFailure("This booking marks the switch to the manual ledger and stays.");
   }
@@ -285,7 +301,14 @@ void installBookings(CommandSet& commands) {
     auto identifier = std::make_shared<std::string>();
     CLI::App* deleteCommand =
         commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });
-    deleteCommand->add_option("ID", *identifier, "The booking's identifier (a unique prefix is enough)")->required();
+    deleteCommand
+        ->add_option("ID", *identifier,
+                     "The booking's identifier (a unique prefix is enough), or @1 (also: last) for the newest "
+                     "booking, @2 for the one before")
+        ->required();
+    deleteCommand->footer(
+        "The newest booking is the one made last (by when it was made; among bookings made at once, the later "
+        "day).");
   }
 }
 

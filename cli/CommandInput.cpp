@@ -1,11 +1,20 @@
 #include "cli/CommandInput.h"
 
+#include <cctype>
+
+#include "cli/Display.h"
 #include "cli/DurationInput.h"
 #include "cli/UsageError.h"
 #include "platform/foundation/Text.h"
 
 namespace quillmont::CommandInput {
 namespace {
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) text.remove_prefix(1);
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) text.remove_suffix(1);
+  return text;
+}
 
 std::string quoted(std::string_view text) {
   std::string result(1, '\'');
@@ -60,11 +69,37 @@ Date endTime(std::string_view text, Date start, const DateInput::Day& today, con
   return sameDay < start ? dateTime(text, startDay.adding(1), calendar, option) : sameDay;
 }
 
+Date workEndTime(std::string_view text, Date start, Date now, const Calendar& calendar, std::string_view option) {
+  const DateInput::Day today = DateInput::dayOf(now, calendar);
+  const Date end = endTime(text, start, today, calendar, option);
+  if (!DateInput::isTimeOfDay(text)) return end;
+  const Display display(calendar);
+  const auto writeTheDay = [&] {
+    return "; if that is meant, write the day: " + std::string(option) + " \"" + display.day(end) + " " +
+           std::string(trimmed(text)) + "\"";
+  };
+  if (end > now) {
+    throw UsageError(std::string(option) + ": " + quoted(trimmed(text)) + " would end the work at " +
+                     display.dateTime(end) + ", which is still to come" + writeTheDay());
+  }
+  if (display.day(end) != display.day(start) && end - start > maximumNightSeconds) {
+    throw UsageError(std::string(option) + ": " + quoted(trimmed(text)) + " would end the work on the next day, " +
+                     display.dateTime(end) + ", after " + Display::duration(end - start) + writeTheDay());
+  }
+  return end;
+}
+
 Date pastTime(std::string_view text, Date now, const Calendar& calendar, std::string_view option) {
   const DateInput::Day today = DateInput::dayOf(now, calendar);
   const Date typed = dateTime(text, today, calendar, option);
   if (typed <= now) return typed;
-  if (DateInput::isTimeOfDay(text)) return dateTime(text, today.adding(-1), calendar, option);
+  const Display display(calendar);
+  if (DateInput::isTimeOfDay(text)) {
+    const Date yesterday = dateTime(text, today.adding(-1), calendar, option);
+    throw UsageError(std::string(option) + ": " + quoted(trimmed(text)) + " today is still to come (it is " +
+                     display.time(now) + " now); for yesterday, type " + std::string(option) + " \"" +
+                     display.day(yesterday) + " " + std::string(trimmed(text)) + "\"");
+  }
   throw UsageError(std::string(option) + ": " + quoted(text) + " is still to come");
 }
 

@@ -31,9 +31,15 @@ Date startTime(std::string_view text, const DateInput::Day& day, const DateInput
 /// start's day, or on the next day when that would come before the start.
 Date endTime(std::string_view text, Date start, const DateInput::Day& today, const Calendar& calendar,
              std::string_view option);
-/// A time that has passed (the timer's --at): a time of day alone is the
-/// latest such time up to `now` (today's, or yesterday's when today's is
-/// still to come); a full time must not lie after `now`.
+/// endTime() for work being recorded by hand, whose end has passed: a time
+/// of day alone that would end the work later than `now`, or carry it over
+/// midnight into more than `maximumNightSeconds`, is refused with the dated
+/// form to type if it is meant. A time with its day stands as typed.
+Date workEndTime(std::string_view text, Date start, Date now, const Calendar& calendar, std::string_view option);
+inline constexpr double maximumNightSeconds = 12 * 60 * 60;
+/// A time that has passed (the timer's --at): a time of day alone is today's
+/// and must not lie after `now` (the refusal shows the dated form for
+/// yesterday); a full time must not lie after `now` either.
 Date pastTime(std::string_view text, Date now, const Calendar& calendar, std::string_view option);
 
 /// The days from `from` through `to` as an interval from the first one's

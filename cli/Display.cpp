@@ -93,6 +93,12 @@ std::string Display::time(Date date) const {
       [&] { return formatter(time_, "HH:mm").string(date); });
 }
 
+std::string Display::span(Date start, std::optional<Date> end) const {
+  std::string text = dateTime(start) + "\u2013";
+  if (!end) return text + "running";
+  return text + (day(*end) == day(start) ? time(*end) : dateTime(*end));
+}
+
 std::string Display::weekday(Date date) const {
   // The names of the fixed "en_US_POSIX" locale that the formatters use.
   static constexpr std::string_view names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};

@@ -28,6 +28,10 @@ class Display {
   std::string dateTime(Date date) const;  ///< "2026-03-15 09:30"
   std::string time(Date date) const;      ///< "09:30"
   std::string weekday(Date date) const;   ///< "Sun"
+  /// Work from `start` to `end`: "2026-03-15 09:30–17:00" on one day,
+  /// "2026-03-15 22:00–2026-03-16 06:00" over midnight, and
+  /// "2026-03-15 09:30–running" without an end.
+  std::string span(Date start, std::optional<Date> end) const;
   /// ISO 8601 with the zone's offset: "2026-03-15T09:30:00+01:00".
   std::string timestamp(Date date) const;
 

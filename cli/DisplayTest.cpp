@@ -54,5 +54,13 @@ TEST(Display, ASkippedDayIsNeverShown) {
   EXPECT_EQ(display.weekday(lastBefore + 1) + " " + display.day(lastBefore + 1), "Sat 2011-12-31");
 }
 
+TEST(Display, SpansOfWorkShowTheEndsDayOnlyWhenItDiffers) {
+  const Display display(*Calendar::make("Europe/Berlin"));
+  const Date start = Date::fromTimeIntervalSince1970(1772436600);  // 2026-03-02 08:30 in Berlin
+  EXPECT_EQ(display.span(start, start + 9 * 3600.0), "2026-03-02 08:30\u201317:30");
+  EXPECT_EQ(display.span(start, start + 16 * 3600.0), "2026-03-02 08:30\u20132026-03-03 00:30");
+  EXPECT_EQ(display.span(start, std::nullopt), "2026-03-02 08:30\u2013running");
+}
+
 }  // namespace
 }  // namespace quillmont

@@ -4,10 +4,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/DateInput.h"
 #include "cli/Display.h"
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
+#include "core/engine/PeriodBalances.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/engine/TimerSessionController.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
@@ -34,29 +34,28 @@ Overview compute(StoreSession& session) {
   overview.todayCreditSeconds = snapshot.todayWorkedSeconds;
   overview.todayDebitSeconds = snapshot.todayExpectedSeconds;
   overview.isConfigured = snapshot.isConfigured;
-  // Worked time of today, a running entry up to now; three columns of the
-  // entries that are running or overlap today, and no other row is read.
-  const DateInterval today = DateInterval::between(session.calendar().startOfDay(now),
-                                                   DateInput::endOfDay(session.today(), session.calendar()));
-  using Op = RowFilter::Op;
-  const RowFilter runningOrToday = RowFilter::allOf({{"endedAt", Op::isNull, {}}})
-                                       .orElse(RowFilter::allOf({{"startedAt", Op::less, today.end()},
-                                                                 {"endedAt", Op::greater, today.start}}));
+  // Worked time of today, a running entry up to now, counted as the day
+  // balances count it (time several entries cover once). Three columns of
+  // the entries that run or reach today; only when one of them began before
+  // today are the entries chained to it read as well.
+  const Date today = session.calendar().startOfDay(now);
+  const RowFilter runningOrToday =
+      PeriodBalances::reaching(today, now).orElse(RowFilter::allOf({{"endedAt", RowFilter::Op::isNull, {}}}));
   std::size_t running = 0;
   std::optional<Date> runningStart;
   const auto sumToday = [&] {
-    overview.todayWorkedSeconds = 0;
     running = 0;
+    std::vector<TimeBankCalculator::detail::ObservedWorkInterval> found;
     session.context().forEach<WorkEntry>(
         {"startedAt", "endedAt", "breakMinutes"}, runningOrToday, [&](const WorkEntry& entry) {
           if (entry.isRunning()) {
             ++running;
             runningStart = entry.startedAt();
           }
-          if (entry.startedAt() >= today.end()) return;
-          if (entry.endedAt() && *entry.endedAt() <= today.start) return;
-          overview.todayWorkedSeconds += TimeBankCalculator::workedSeconds(entry, today, now);
+          if (auto seen = TimeBankCalculator::detail::observedInterval(entry, now)) found.push_back(*seen);
         });
+    overview.todayWorkedSeconds = PeriodBalances::workedToday(session.context(), std::move(found), now,
+                                                              session.calendar());
   };
   sumToday();
   // One running entry that started by now is what the timer's repairs would

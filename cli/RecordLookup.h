@@ -2,9 +2,12 @@
 // may type the whole identifier or any prefix of its text (either letter
 // case, hyphens optional), as long as it names one identifier; several
 // records may share an identifier (copies from other devices), and all of
-// them are returned.
+// them are returned. Where a command says how its records are ordered from
+// the newest, "@1" (or "last") names the newest, "@2" the one before, and so on.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +16,7 @@
 
 #include "cli/CommandFailure.h"
 #include "cli/UsageError.h"
+#include "platform/foundation/Date.h"
 #include "platform/foundation/UUID.h"
 
 namespace quillmont::RecordLookup {
@@ -42,6 +46,45 @@ std::vector<std::shared_ptr<Model>> find(const std::vector<std::shared_ptr<Model
   }
   if (found.empty()) throw CommandFailure("no " + std::string(noun) + " has the identifier " + std::string(prefix));
   return found;
+}
+
+/// The place that `text` names among the newest records: 1 for "@1" and
+/// "last", 2 for "@2", ...; nothing for text that is no such name. Throws
+/// UsageError for "@" followed by anything but a number from 1 on.
+std::optional<std::size_t> recentPlace(std::string_view text);
+
+/// An instant as a key of the newest-first order: an instant that is not a
+/// number (a damaged stored value) counts as older than every other.
+inline double recency(Date date) {
+  const double seconds = date.timeIntervalSinceReferenceDate;
+  return seconds == seconds ? seconds : -HUGE_VAL;
+}
+
+/// find(), where "@N" and "last" also name a record by its place among the
+/// newest: `newer(a, b)` tells whether record `a` counts as newer than `b`.
+/// Copies of one identifier hold one place, the place of the newest copy.
+/// Throws CommandFailure when there are fewer records than the place.
+template <class Model, class Newer>
+std::vector<std::shared_ptr<Model>> find(const std::vector<std::shared_ptr<Model>>& records, std::string_view text,
+                                         std::string_view noun, Newer newer) {
+  const auto place = recentPlace(text);
+  if (!place) return find(records, text, noun);
+  std::vector<std::shared_ptr<Model>> newestFirst = records;
+  std::stable_sort(newestFirst.begin(), newestFirst.end(),
+                   [&](const auto& a, const auto& b) { return newer(*a, *b); });
+  std::vector<UUID> seen;
+  for (const auto& record : newestFirst) {
+    if (std::find(seen.begin(), seen.end(), record->id()) != seen.end()) continue;
+    seen.push_back(record->id());
+    if (seen.size() < *place) continue;
+    std::vector<std::shared_ptr<Model>> found;
+    for (const auto& copy : records) {
+      if (copy->id() == record->id()) found.push_back(copy);
+    }
+    return found;
+  }
+  throw CommandFailure("there is no " + std::string(noun) + " " + std::string(text) + ": " +
+                       (seen.empty() ? "there are none" : "the oldest is @" + std::to_string(seen.size())));
 }
 
 }  // namespace quillmont::RecordLookup

@@ -34,5 +34,39 @@ TEST(RecordLookup, ReturnsEveryCopyOfOneIdentifier) {
   EXPECT_EQ(RecordLookup::find(std::vector{copy, again}, "c0de", "entry"), (std::vector{copy, again}));
 }
 
+struct Made {
+  UUID identifier;
+  int created;
+  int start;
+  const UUID& id() const { return identifier; }
+};
+
+TEST(RecordLookup, NamesTheNewestByPlace) {
+  const auto made = [](std::string_view text, int created, int start) {
+    return std::make_shared<Made>(Made{*UUID::parse(text), created, start});
+  };
+  const auto newer = [](const Made& a, const Made& b) {
+    return a.created != b.created ? a.created > b.created : a.start > b.start;
+  };
+  const auto old = made("A0000000-0000-4000-8000-000000000000", 1, 5);
+  const auto copy = made("B0000000-0000-4000-8000-000000000000", 2, 1);
+  const auto later = made("C0000000-0000-4000-8000-000000000000", 3, 1);
+  const auto sameTimeLaterStart = made("D0000000-0000-4000-8000-000000000000", 3, 2);
+  const auto copyAgain = made("B0000000-0000-4000-8000-000000000000", 2, 1);
+  const std::vector records{old, copy, later, sameTimeLaterStart, copyAgain};
+
+  EXPECT_EQ(RecordLookup::find(records, "@1", "entry", newer), std::vector{sameTimeLaterStart});
+  EXPECT_EQ(RecordLookup::find(records, "last", "entry", newer), std::vector{sameTimeLaterStart});
+  EXPECT_EQ(RecordLookup::find(records, "@2", "entry", newer), std::vector{later});
+  EXPECT_EQ(RecordLookup::find(records, "@3", "entry", newer), (std::vector{copy, copyAgain}));  // one place
+  EXPECT_EQ(RecordLookup::find(records, "@4", "entry", newer), std::vector{old});
+  EXPECT_EQ(RecordLookup::find(records, "a0", "entry", newer), std::vector{old});  // identifiers as ever
+  EXPECT_THROW(RecordLookup::find(records, "@5", "entry", newer), CommandFailure);
+  EXPECT_THROW(RecordLookup::find(decltype(records){}, "@1", "entry", newer), CommandFailure);
+  for (const char* wrong : {"@", "@0", "@-1", "@x", "@1x", "@9999999"}) {
+    EXPECT_THROW(RecordLookup::find(records, wrong, "entry", newer), UsageError) << wrong;
+  }
+}
+
 }  // namespace
 }  // namespace quillmont

@@ -35,7 +35,7 @@ void fillMarch2025(const CommandRunner& quillmont) {
       {"schedule", "add", "2025-03-17", "6h,6h,6h,6h,6h,0,0"},
       {"work", "add", "--start", "2025-03-03 08:00", "--end", "2025-03-03 16:15", "--break", "30"},
       {"work", "add", "--start", "2025-03-04 09:00", "--end", "2025-03-04 18:00"},
-      {"work", "add", "--start", "2025-03-04 17:00", "--end", "2025-03-04 19:00"},  // overlaps the one before
+      {"work", "add", "--start", "2025-03-04 17:00", "--end", "2025-03-04 19:00", "--force"},  // overlaps the one before
       {"work", "add", "--start", "2025-03-17 22:00", "--end", "2025-03-18 02:00"},  // over midnight
       {"work", "add", "--start", "2025-03-30 01:00", "--end", "2025-03-30 04:00"},  // clocks go forward
       {"book", "-2h", "--category", "appointment", "--day", "2025-03-05"},

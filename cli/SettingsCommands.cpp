@@ -219,10 +219,22 @@ void listSchedules(bool json) {
   Terminal::write(table.render());
 }
 
+/// Newest first: the schedule made last (createdAt), then the later first
+/// day, then the greater identifier.
+bool madeLater(const WorkSchedule& a, const WorkSchedule& b) {
+  using RecordLookup::recency;
+  if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
+  if (recency(a.effectiveFrom()) != recency(b.effectiveFrom())) {
+    return recency(a.effectiveFrom()) > recency(b.effectiveFrom());
+  }
+  return a.id() > b.id();
+}
+
 void removeSchedule(const std::string& identifier) {
   StoreSession session;
-  session.journal("schedule remove " + identifier);
-  const auto found = RecordLookup::find(schedules(session), identifier, "schedule");
+  const auto found = RecordLookup::find(schedules(session), identifier, "schedule", madeLater);
+  session.journal("schedule remove " +
+                  (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(found.front()->id()) : identifier));
   for (const auto& schedule : found) session.context().deleteRecord(schedule);
   session.context().save();
   Terminal::message("Removed schedule " + Display::shortIdentifier(found.front()->id()) + ".");
@@ -424,7 +436,14 @@ void install(CommandSet& commands) {
   auto scheduleID = std::make_shared<std::string>();
   CLI::App* remove =
       commands.add(*schedule, "remove", "Remove a schedule", [scheduleID] { removeSchedule(*scheduleID); });
-  remove->add_option("ID", *scheduleID, "The schedule's identifier (a unique prefix is enough)")->required();
+  remove
+      ->add_option("ID", *scheduleID,
+                   "The schedule's identifier (a unique prefix is enough), or @1 (also: last) for the newest "
+                   "schedule, @2 for the one before")
+      ->required();
+  remove->footer(
+      "The newest schedule is the one made last (by when it was made; among schedules made at once, the later "
+      "first day).");
 
   auto kindNames = std::make_shared<std::vector<std::string>>();
   auto noKinds = std::make_shared<bool>(false);

@@ -2,6 +2,7 @@
 
 #include "cli/CommandFailure.h"
 
+#include <algorithm>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -16,7 +17,9 @@
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
 #include "core/engine/DataStoreMaintenance.h"
+#include "core/engine/TimeBankCalculator.h"
 #include "core/engine/TimerSessionController.h"
+#include "core/engine/WorkOverlap.h"
 #include "core/ledger/NoteValidation.h"
 #include "core/ledger/WorkEntry.h"
 
@@ -36,6 +39,35 @@ struct EntryOptions {
 
 constexpr double maximumUnconfirmedSeconds = 24.0 * 60 * 60;
 
+// ---- what every change of work says ----
+
+/// "2026-03-02 08:30–17:30, 8:00 worked": the entry as it now stands.
+std::string described(const WorkEntry& entry, StoreSession& session) {
+  return Display(session.calendar()).span(entry.startedAt(), entry.endedAt()) + ", " +
+         Display::duration(entry.workedSeconds(session.now())) + (entry.isRunning() ? " worked so far" : " worked");
+}
+
+/// Refuses work spanning `span` that would overlap other work (except the
+/// entry `except` itself), naming the work it overlaps, unless `force` says
+/// it is meant; `what` names the work ("The entry", "The timer").
+void refuseOverlaps(StoreSession& session, const WorkOverlap::Span& span, const std::optional<UUID>& except,
+                    bool force, const std::string& what) {
+  if (force) return;
+  const auto overlapping = WorkOverlap::overlapping(session.context(), span, session.now(), except);
+  if (overlapping.empty()) return;
+  const Display display(session.calendar());
+  std::string named;
+  std::vector<UUID> shown;
+  for (const auto& entry : overlapping) {
+    if (std::find(shown.begin(), shown.end(), entry->id()) != shown.end()) continue;  // a copy
+    shown.push_back(entry->id());
+    named += (named.empty() ? "" : ", ") + std::string("work ") + Display::shortIdentifier(entry->id()) + " (" +
+             display.span(entry->startedAt(), entry->endedAt()) + ")";
+  }
+  throw CommandFailure(what + " would overlap " + named +
+                       "; add --force if that is meant (time covered twice counts once).");
+}
+
 // ---- timer ----
 
 void timerStatus(StoreSession& session) {
@@ -51,6 +83,8 @@ void timerStatus(StoreSession& session) {
 struct TimerOptions {
   std::string at;
   std::optional<std::string> note;
+  std::optional<std::string> noteArgument;
+  bool force = false;
 };
 
 /// When the timer command takes effect: --at as typed, or now.
@@ -58,35 +92,43 @@ Date timerInstant(StoreSession& session, const std::string& at) {
   return at.empty() ? session.now() : CommandInput::pastTime(at, session.now(), session.calendar(), "--at");
 }
 
-void reportStart(StoreSession& session, Date at, const std::string& note) {
+/// Starts the timer at `at` with `note`: refused while it runs (as a stop
+/// with nothing running is) and when the new work would overlap other work.
+void startTimer(StoreSession& session, Date at, const std::string& note, bool force) {
+  if (const auto running = TimerSessionController::runningEntry(session.context(), session.now())) {
+    throw CommandFailure("The timer is running already, since " +
+                         Display(session.calendar()).dateTime(running->startedAt()) + ".");
+  }
+  refuseOverlaps(session, WorkOverlap::span(at, std::nullopt, session.now()), std::nullopt, force,
+                 "The timer from " + Display(session.calendar()).dateTime(at));
+  TimerSessionController::start(session.context(), at, note);
+  const auto started = TimerSessionController::runningEntry(session.context(), session.now());
   Terminal::message("Timer started at " + Display(session.calendar()).time(at) +
-                    (note.empty() ? std::string() : " for \"" + note + "\"") + ".");
+                    (started->note().empty() ? std::string() : " for \"" + started->note() + "\"") + ": work " +
+                    Display::shortIdentifier(started->id()) + ", " + described(*started, session) + ".");
 }
 
 void timerStart(const TimerOptions& options) {
+  if (options.note && options.noteArgument) throw UsageError("NOTE: give the note once, as NOTE or with --note");
   StoreSession session;
   session.journal("timer start");
   const Date at = timerInstant(session, options.at);
-  const std::string note = CommandInput::text(options.note.value_or(""), "--note");
-  if (!TimerSessionController::start(session.context(), at, note)) {
-    Terminal::message("The timer is running already.");
-    timerStatus(session);
-    return;
-  }
-  reportStart(session, at, NoteValidation::normalized(note));
+  startTimer(session, at, CommandInput::text(options.note.value_or(options.noteArgument.value_or("")), "--note"),
+             options.force);
 }
 
-void timerContinue(const std::string& atText) {
+void timerContinue(const TimerOptions& options) {
   StoreSession session;
   session.journal("timer continue");
-  const Date at = timerInstant(session, atText);
-  const std::string note = TimerSessionController::lastNote(session.context());
-  if (!TimerSessionController::start(session.context(), at, note)) {
-    Terminal::message("The timer is running already.");
-    timerStatus(session);
-    return;
-  }
-  reportStart(session, at, note);
+  const Date at = timerInstant(session, options.at);
+  startTimer(session, at, TimerSessionController::lastNote(session.context()), options.force);
+}
+
+/// Stops the running entry at `at` and says what it became.
+void stopTimer(StoreSession& session, const std::shared_ptr<WorkEntry>& running, Date at) {
+  TimerSessionController::stop(session.context(), at);
+  Terminal::message("Timer stopped at " + Display(session.calendar()).time(at) + ": work " +
+                    Display::shortIdentifier(running->id()) + ", " + described(*running, session) + ".");
 }
 
 void timerStop(const std::string& atText) {
@@ -100,9 +142,7 @@ void timerStop(const std::string& atText) {
     throw UsageError("--at: the timer started at " + Display(session.calendar()).dateTime(running->startedAt()) +
                      ", after " + Display(session.calendar()).dateTime(at));
   }
-  TimerSessionController::stop(session.context(), at);
-  Terminal::message("Timer stopped at " + Display(session.calendar()).time(at) + " after " +
-                    Display::duration(running->workedSeconds(at)) + ".");
+  stopTimer(session, running, at);
 }
 
 void timerCancel() {
@@ -114,15 +154,13 @@ void timerCancel() {
                     " was not recorded.");
 }
 
-void timerToggle() {
+void timerToggle(bool force) {
   StoreSession session;
   session.journal("timer toggle");
-  const auto running = TimerSessionController::runningEntry(session.context(), session.now());
-  if (TimerSessionController::toggle(session.context(), session.now())) {
-    Terminal::message("Timer started at " + Display(session.calendar()).time(session.now()) + ".");
-  } else if (running) {
-    Terminal::message("Timer stopped at " + Display(session.calendar()).time(session.now()) + " after " +
-                      Display::duration(running->workedSeconds(session.now())) + ".");
+  if (const auto running = TimerSessionController::runningEntry(session.context(), session.now())) {
+    stopTimer(session, running, session.now());
+  } else {
+    startTimer(session, session.now(), "", force);
   }
 }
 
@@ -157,27 +195,46 @@ void add(const EntryOptions& options) {
   StoreSession session;
   session.journal("work add");
   const Date start = CommandInput::dateTime(options.start, session.today(), session.calendar(), "--start");
-  const Date end = CommandInput::endTime(options.end, start, session.today(), session.calendar(), "--end");
+  const Date end = CommandInput::workEndTime(options.end, start, session.now(), session.calendar(), "--end");
   const std::int64_t pause = options.breakTime.empty() ? 0 : breakMinutes(options.breakTime);
   checkInterval(start, end, options.force, session.calendar());
+  refuseOverlaps(session, WorkOverlap::span(start, end, session.now()), std::nullopt, options.force, "The entry");
   auto entry = std::make_shared<WorkEntry>(UUID::random(), start, end, pause,
                                            CommandInput::text(options.note.value_or(""), "--note"), session.now(),
                                            session.now());
   session.context().insert(entry);
   session.context().save();
-  Terminal::message("Added work " + Display::shortIdentifier(entry->id()) + ": " +
-                    Display::duration(entry->workedSeconds(session.now())) + " on " +
-                    Display(session.calendar()).day(start) + ".");
+  Terminal::message("Added work " + Display::shortIdentifier(entry->id()) + ": " + described(*entry, session) + ".");
 }
 
 std::vector<std::shared_ptr<WorkEntry>> entries(StoreSession& session) {
   return session.context().fetch<WorkEntry>({{}, {{&WorkEntry::startedAt}, {&WorkEntry::id}}});
 }
 
+/// Newest first: the entry made last (createdAt), then the later start,
+/// then the greater identifier.
+bool madeLater(const WorkEntry& a, const WorkEntry& b) {
+  using RecordLookup::recency;
+  if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
+  if (recency(a.startedAt()) != recency(b.startedAt())) return recency(a.startedAt()) > recency(b.startedAt());
+  return a.id() > b.id();
+}
+
+/// The entries the command line names (identifier, prefix, @N or last).
+std::vector<std::shared_ptr<WorkEntry>> named(StoreSession& session, const std::string& identifier) {
+  return RecordLookup::find(entries(session), identifier, "work entry", madeLater);
+}
+
+/// How undo names the entry a command changed: as typed, or by its
+/// identifier when typed as a place among the newest, which moves on.
+std::string journalName(const std::string& typed, const WorkEntry& entry) {
+  return RecordLookup::recentPlace(typed) ? Display::shortIdentifier(entry.id()) : typed;
+}
+
 void edit(const EntryOptions& options) {
   StoreSession session;
-  session.journal("work edit " + options.identifier);
-  const auto found = RecordLookup::find(entries(session), options.identifier, "work entry");
+  const auto found = named(session, options.identifier);
+  session.journal("work edit " + journalName(options.identifier, *found.front()));
   WorkEntry& entry = *found.front();
   // A time of day alone keeps the entry on its own day.
   const Date start = options.start.empty()
@@ -186,26 +243,32 @@ void edit(const EntryOptions& options) {
                                                    session.today(), session.calendar(), "--start");
   const std::optional<Date> end =
       options.end.empty() ? entry.endedAt()
-                          : CommandInput::endTime(options.end, start, session.today(), session.calendar(), "--end");
+                          : CommandInput::workEndTime(options.end, start, session.now(), session.calendar(), "--end");
+  // The timer cannot have started later than now; it would be moved back.
+  if (!end && !options.start.empty() && start > session.now()) {
+    throw UsageError("--start: the running timer cannot start at " + Display(session.calendar()).dateTime(start) +
+                     ", which is still to come");
+  }
   const std::int64_t pause = options.breakTime.empty() ? entry.breakMinutes() : breakMinutes(options.breakTime);
   checkInterval(start, end, options.force, session.calendar());
+  refuseOverlaps(session, WorkOverlap::span(start, end, session.now()), entry.id(), options.force, "The entry");
   entry.setStartedAt(start);
   entry.setEndedAt(end);
   entry.setBreakMinutes(pause);
   if (options.note) entry.setNote(NoteValidation::normalized(CommandInput::text(*options.note, "--note")));
   entry.setModifiedAt(session.now());
   session.context().save();
-  Terminal::message("Changed work " + Display::shortIdentifier(entry.id()) + ".");
+  Terminal::message("Changed work " + Display::shortIdentifier(entry.id()) + ": " + described(entry, session) + ".");
 }
 
 void remove(const std::string& identifier) {
   StoreSession session;
-  session.journal("work delete " + identifier);
-  const auto found = RecordLookup::find(entries(session), identifier, "work entry");
+  const auto found = named(session, identifier);
+  session.journal("work delete " + journalName(identifier, *found.front()));
   for (const auto& entry : found) session.context().deleteRecord(entry);
   session.context().save();
-  Terminal::message("Deleted work " + Display::shortIdentifier(found.front()->id()) + " (" +
-                    Display(session.calendar()).dateTime(found.front()->startedAt()) + ").");
+  Terminal::message("Deleted work " + Display::shortIdentifier(found.front()->id()) + ": " +
+                    described(*found.front(), session) + ".");
 }
 
 bool startsInside(const WorkEntry& entry, const DateInterval& interval) {
@@ -221,13 +284,11 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
     JsonOutput::text(writer, "to", last ? std::optional(BookingCommands::dayText(*last)) : std::nullopt);
     writer.key("entries");
     writer.beginArray();
-    double total = 0;
-    std::int64_t count = 0;
+    std::vector<std::shared_ptr<WorkEntry>> shown;
     for (const auto& entry : entries(session)) {
       if (!startsInside(*entry, interval)) continue;
+      shown.push_back(entry);
       const double worked = entry->workedSeconds(session.now());
-      total += worked;
-      ++count;
       writer.beginObject();
       writer.key("id");
       writer.string(entry->id().uuidString());
@@ -243,8 +304,8 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
     }
     writer.endArray();
     writer.key("count");
-    writer.integer(count);
-    JsonOutput::duration(writer, "worked", total);
+    writer.integer(static_cast<std::int64_t>(shown.size()));
+    JsonOutput::duration(writer, "worked", TimeBankCalculator::workedSeconds(shown, session.now()));
     writer.endObject();
   });
 }
@@ -267,7 +328,7 @@ void addEntryOptions(CLI::App& command, EntryOptions& options, bool required) {
   command.add_option("--break", options.breakTime, "Break taken in between (0 to 240 minutes, e.g. 30 or 0:45)")
       ->type_name("DURATION");
   command.add_option("--note,-n", options.note, "A note (at most 280 characters)")->type_name("TEXT");
-  command.add_flag("--force", options.force, "Accept an entry longer than 24 hours");
+  command.add_flag("--force", options.force, "Accept an entry longer than 24 hours or one that overlaps other work");
 }
 
 }  // namespace
@@ -276,13 +337,11 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   const Display display(session.calendar());
   TextTable table({{"ID"}, {"Start"}, {"End"}, {"Break", TextTable::Alignment::right},
                    {"Worked", TextTable::Alignment::right}, {"Note"}});
-  double total = 0;
-  std::size_t count = 0;
+  std::vector<std::shared_ptr<WorkEntry>> shown;
   for (const auto& entry : entries(session)) {
     if (!startsInside(*entry, interval)) continue;
+    shown.push_back(entry);
     const double worked = entry->workedSeconds(session.now());
-    total += worked;
-    ++count;
     const std::string end = entry->endedAt() ? (display.day(*entry->endedAt()) == display.day(entry->startedAt())
                                                      ? display.time(*entry->endedAt())
                                                      : display.dateTime(*entry->endedAt()))
@@ -291,17 +350,22 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
                   Display::duration(static_cast<double>(entry->breakMinutes()) * 60.0), Display::duration(worked),
                   entry->note()});
   }
-  if (count == 0) {
+  if (shown.empty()) {
     Terminal::message("No work " + range + ".");
     return;
   }
+  // Time that several entries cover counts once in the total, as in reports.
+  const std::size_t count = shown.size();
   table.addRule();
-  table.addRow({std::to_string(count) + (count == 1 ? " entry" : " entries"), "", "", "", Display::duration(total)});
+  table.addRow({std::to_string(count) + (count == 1 ? " entry" : " entries"), "", "", "",
+                Display::duration(TimeBankCalculator::workedSeconds(shown, session.now()))});
   Terminal::print(Terminal::styled("Work " + range, Terminal::Style::bold));
   Terminal::write(table.render());
 }
 
 namespace {
+
+constexpr const char* timerForceHelp = "Start even when the timer's work would overlap other work";
 
 void installTimer(CommandSet& commands) {
   CLI::App& root = commands.root();
@@ -311,28 +375,38 @@ void installTimer(CommandSet& commands) {
     auto options = std::make_shared<TimerOptions>();
     CLI::App* start = commands.add(*timer, "start", "Start the timer (now, or at the time given)",
                                    [options] { timerStart(*options); });
-    start->add_option("--at", options->at, "When the work began (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+    start->add_option("NOTE", options->noteArgument, "A note for the work (or give it with --note)")
+        ->type_name("TEXT");
+    start->add_option("--at", options->at, "When the work began (HH:MM today, or \"YYYY-MM-DD HH:MM\"); not later than now")
         ->type_name("TIME");
     start->add_option("--note,-n", options->note, "A note for the work (at most 280 characters)")->type_name("TEXT");
+    start->add_flag("--force", options->force, timerForceHelp);
+    start->footer("Refused while the timer runs, and when the work would overlap other work (unless --force).\n"
+                  "Example:\n  quillmont timer start \"release notes\" --at 08:45");
   }
   if (builds("stop")) {
     auto at = std::make_shared<std::string>();
     CLI::App* stop =
         commands.add(*timer, "stop", "Stop the timer (now, or at the time given)", [at] { timerStop(*at); });
-    stop->add_option("--at", *at, "When the work ended (HH:MM, or \"YYYY-MM-DD HH:MM\"); not later than now")
+    stop->add_option("--at", *at, "When the work ended (HH:MM today, or \"YYYY-MM-DD HH:MM\"); not later than now")
         ->type_name("TIME");
   }
   if (builds("cancel")) {
     commands.add(*timer, "cancel", "Discard the running timer, recording nothing", [] { timerCancel(); });
   }
   if (builds("continue")) {
-    auto at = std::make_shared<std::string>();
+    auto options = std::make_shared<TimerOptions>();
     CLI::App* resume = commands.add(*timer, "continue", "Start the timer again with the note of the last work",
-                                    [at] { timerContinue(*at); });
-    resume->add_option("--at", *at, "When the work began again; not later than now")->type_name("TIME");
+                                    [options] { timerContinue(*options); });
+    resume->add_option("--at", options->at, "When the work began again (HH:MM today, or \"YYYY-MM-DD HH:MM\"); not later than now")
+        ->type_name("TIME");
+    resume->add_flag("--force", options->force, timerForceHelp);
   }
   if (builds("toggle")) {
-    commands.add(*timer, "toggle", "Start the timer, or stop it when it runs", [] { timerToggle(); });
+    auto force = std::make_shared<bool>(false);
+    CLI::App* toggle = commands.add(*timer, "toggle", "Start the timer, or stop it when it runs",
+                                    [force] { timerToggle(*force); });
+    toggle->add_flag("--force", *force, timerForceHelp);
   }
   if (builds("status")) {
     commands.add(*timer, "status", "Say whether the timer runs and since when", [] {
@@ -342,6 +416,17 @@ void installTimer(CommandSet& commands) {
   }
 }
 
+constexpr const char* identifierHelp =
+    "The entry's identifier (a unique prefix is enough), or @1 (also: last) for the newest entry, @2 for the one "
+    "before";
+constexpr const char* newestHelp =
+    "The newest entry is the one made last (by when it was made; among entries made at once, the later start).";
+constexpr const char* timeAloneHelp =
+    "A time alone (17:30) keeps the entry on its day: --start on the entry's day (today for a new one), --end on the "
+    "start's day, or the next when that comes before the start. Such an --end must not lie ahead of now nor make a "
+    "night of more than 12 hours: write the day for those. Work that overlaps other work is refused unless --force "
+    "says it is meant (time covered twice counts once).";
+
 void installWork(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* work = commands.addGroup(root, "work", "Worked time typed in by hand");
@@ -350,25 +435,22 @@ void installWork(CommandSet& commands) {
     auto options = std::make_shared<EntryOptions>();
     CLI::App* addCommand = commands.add(*work, "add", "Add worked time", [options] { add(*options); });
     addEntryOptions(*addCommand, *options, true);
-    addCommand->footer(
-        "A time alone (17:00) is on today for --start, and on the start's day (or the next, when that comes before "
-        "the start) for --end.\nExample:\n  quillmont work add --start \"2026-03-02 08:30\" --end 17:00 --break 45");
+    addCommand->footer(std::string(timeAloneHelp) +
+                       "\nExample:\n  quillmont work add --start \"2026-03-02 08:30\" --end 17:00 --break 45");
   }
   if (builds("edit")) {
     auto options = std::make_shared<EntryOptions>();
     CLI::App* editCommand = commands.add(*work, "edit", "Change worked time", [options] { edit(*options); });
-    editCommand->add_option("ID", options->identifier, "The entry's identifier (a unique prefix is enough)")
-        ->required();
+    editCommand->add_option("ID", options->identifier, identifierHelp)->required();
     addEntryOptions(*editCommand, *options, false);
-    editCommand->footer(
-        "A time alone (17:30) keeps the entry on its day: the start on the day it starts, the end on the "
-        "start's day or the next.");
+    editCommand->footer(std::string(timeAloneHelp) + "\n" + newestHelp);
   }
   if (builds("delete")) {
     auto identifier = std::make_shared<std::string>();
     CLI::App* deleteCommand =
         commands.add(*work, "delete", "Delete worked time", [identifier] { remove(*identifier); });
-    deleteCommand->add_option("ID", *identifier, "The entry's identifier (a unique prefix is enough)")->required();
+    deleteCommand->add_option("ID", *identifier, identifierHelp)->required();
+    deleteCommand->footer(newestHelp);
   }
   if (builds("list")) {
     auto options = std::make_shared<ListOptions>();

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -221,6 +222,29 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
     folders = end == std::string_view::npos ? std::string_view() : folders.substr(end + 1);
   }
   return std::nullopt;
+}
+
+ZoneAtHour zoneWhereItIsNow(int hour) {
+  const std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  gmtime_r(&now, &utc);
+  // Hours east of UTC, within the -12 ... +14 that Etc/GMT zones offer; their
+  // names count the other way round.
+  int east = ((hour - utc.tm_hour) % 24 + 24) % 24;
+  if (east > 14) east -= 24;
+  ZoneAtHour result;
+  result.zone = east == 0 ? "Etc/GMT" : (east > 0 ? "Etc/GMT-" : "Etc/GMT+") + std::to_string(std::abs(east));
+  const auto day = [&](int daysBack) {
+    const std::time_t local = now + east * 3600 - daysBack * 86400;
+    std::tm civil{};
+    gmtime_r(&local, &civil);
+    char text[16];
+    std::strftime(text, sizeof text, "%Y-%m-%d", &civil);
+    return std::string(text);
+  };
+  result.today = day(0);
+  result.yesterday = day(1);
+  return result;
 }
 
 }  // namespace quillmont::testing

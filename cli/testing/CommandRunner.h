@@ -84,6 +84,17 @@ class CommandRunner {
   std::map<std::string, std::string> environment_;
 };
 
+/// A zone of fixed offset (Etc/GMT±N) in which the wall clock now shows the
+/// hour `hour` (0 to 23), with its today and yesterday as YYYY-MM-DD: for
+/// tests of times typed relative to now, which the program reads from the
+/// real clock.
+struct ZoneAtHour {
+  std::string zone;
+  std::string today;
+  std::string yesterday;
+};
+ZoneAtHour zoneWhereItIsNow(int hour);
+
 /// Writes `contents` to folder/name and returns the path.
 std::filesystem::path writeTemporaryFile(const std::filesystem::path& folder, std::string_view name,
                                          std::string_view contents);

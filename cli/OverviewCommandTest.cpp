@@ -1,0 +1,48 @@
+// Black-box tests of the overview's worked time: it must count the day as
+// the reports count it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "cli/testing/CommandRunner.h"
+
+namespace quillmont {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::CommandRunner;
+
+// The number after `"key" : ` in a JSON document, as written.
+std::string number(const std::string& json, const std::string& key) {
+  std::smatch match;
+  if (!std::regex_search(json, match, std::regex("\"" + key + "\" : ([-0-9.e+]+)"))) return "(no " + key + ")";
+  return match[1];
+}
+
+TEST(OverviewCommand, WorkedTodayCountsTimeCoveredTwiceOnceAsTheReportDoes) {
+  const auto clock = testing::zoneWhereItIsNow(4);  // 04:00 to 04:59 there
+  CommandRunner quillmont;
+  quillmont.setEnvironment("TZ", clock.zone);
+  ASSERT_EQ(quillmont.run({"setup", "--start", clock.yesterday, "--balance", "0", "--week", "8h,8h,8h,8h,8h,8h,8h"})
+                .exitCode,
+            0);
+  ASSERT_EQ(quillmont.run({"work", "add", "--start", "01:00", "--end", "02:00"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"work", "add", "--start", "01:30", "--end", "02:30", "--force"}).exitCode, 0);
+  EXPECT_THAT(quillmont.run({}).out, HasSubstr("1:30 today"));
+  EXPECT_EQ(number(quillmont.run({"overview", "--json"}).out, "todayWorkedSeconds"), "5400");
+
+  // Night work from yesterday that runs into today's chain: its break is
+  // spread over the whole chain (23:00 to 02:30), today's share with it.
+  ASSERT_EQ(quillmont.run({"work", "add", "--start", clock.yesterday + " 23:00", "--end", "01:00", "--break", "60"})
+                .exitCode,
+            0);
+  const std::string overview = number(quillmont.run({"overview", "--json"}).out, "todayWorkedSeconds");
+  const std::string report =
+      number(quillmont.run({"report", "--from", "today", "--to", "today", "--json"}).out, "workedSeconds");
+  EXPECT_EQ(overview, report);
+  EXPECT_NEAR(std::stod(overview), 2.5 * 3600 * 2.5 / 3.5, 1e-6);
+}
+
+}  // namespace
+}  // namespace quillmont

@@ -8,6 +8,7 @@
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/CustomAdjustmentCategory.h"
 #include "core/ledger/TimeBankSettings.h"
+#include "core/ledger/WorkSchedule.h"
 
 namespace quillmont {
 namespace {
@@ -101,6 +102,38 @@ TEST(BookingCommands, BookListAndDeleteByIdentifierPrefix) {
   adjustments = store.context().fetch<BalanceAdjustment>();
   ASSERT_EQ(adjustments.size(), 1u);
   EXPECT_EQ(adjustments[0]->kindRawValue(), "holiday");
+}
+
+TEST(BookingCommands, TheNewestBookingOrScheduleIsNamedByPlace) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2026-01-05", "--week", "8h,8h,8h,8h,8h,0,0"}).exitCode, 0);
+  // The ledger's start marker is no booking of the person's own.
+  const auto none = quillmont.run({"bookings", "delete", "@1"});
+  EXPECT_EQ(none.exitCode, 1);
+  EXPECT_THAT(none.err, HasSubstr("there is no booking @1"));
+  // Made first, though dated later.
+  ASSERT_EQ(quillmont.run({"book", "1h", "--day", "2026-03-03", "-n", "first"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "2h", "--day", "2026-03-02", "-n", "second"}).exitCode, 0);
+  const auto removed = quillmont.run({"bookings", "delete", "last"});
+  ASSERT_EQ(removed.exitCode, 0) << removed.err;
+  EXPECT_THAT(removed.err, HasSubstr("+2:00 on 2026-03-02"));
+  StoreProbe store(quillmont);
+  const auto notes = [&] {
+    std::vector<std::string> found;
+    for (const auto& booking : store.context().fetch<BalanceAdjustment>()) found.push_back(booking->note());
+    return found;
+  };
+  EXPECT_THAT(notes(), ::testing::Contains("first"));
+  EXPECT_THAT(notes(), Not(::testing::Contains("second")));
+  EXPECT_EQ(quillmont.run({"bookings", "delete", "@2"}).exitCode, 1);
+  EXPECT_THAT(quillmont.run({"bookings", "delete", "--help"}).out, HasSubstr("@1"));
+
+  ASSERT_EQ(quillmont.run({"schedule", "add", "2026-04-01", "6h,6h,6h,6h,6h,0,0"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"schedule", "add", "2026-02-01", "7h,7h,7h,7h,7h,0,0"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"schedule", "remove", "@2"}).exitCode, 0);
+  const auto schedules = store.context().fetch<WorkSchedule>();
+  ASSERT_EQ(schedules.size(), 1u);
+  EXPECT_EQ(schedules[0]->weekdayMinutes()[0], 420);
 }
 
 TEST(BookingCommands, AListSaysItsRangeAndReconcilesWithTheBalance) {

@@ -34,7 +34,7 @@ RowFilter reaching(Date from, Date through) {
 }  // namespace
 
 std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& settings, Date from, Date through,
-                             const Calendar& calendar) {
+                             const Calendar& calendar, TimeBankCalculator::HolidayDays holidays) {
   const Date firstDay = calendar.startOfDay(from);
 
   // Intervals join a cluster when they overlap or touch, and a cluster's
@@ -70,7 +70,7 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
                                      });
 
   return TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(), settings, through, calendar,
-                                             firstDay);
+                                             firstDay, holidays);
 }
 
 }  // namespace quillmont::PeriodBalances

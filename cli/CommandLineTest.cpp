@@ -48,7 +48,7 @@ TEST(CommandLine, EveryCommandHasHelp) {
       {"csv"}, {"csv", "days"}, {"csv", "ledger"}, {"setup"}, {"settings"}, {"schedule"}, {"schedule", "add"},
       {"schedule", "list"}, {"schedule", "remove"}, {"kinds"}, {"category"}, {"category", "add"},
       {"category", "rename"}, {"category", "remove"}, {"category", "list"}, {"export"}, {"import"},
-      {"import-legacy"}, {"import-holidays"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
+      {"import-legacy"}, {"import-holidays"}, {"settle"}, {"open"}, {"erase"}, {"undo"}, {"doctor"}, {"widget"}, {"widget", "show"},
       {"widget", "press"}, {"widget", "info"}, {"--data-home", "elsewhere", "book"}, {"generate"}, {"complete"},
       {"complete", "categories"}};
   for (auto arguments : commands) {

@@ -30,7 +30,7 @@ struct SyncDeviceFile {
   std::string name;
   Date writtenAt;
   std::vector<DeletionLog::Entry> deletions;
-  std::vector<HolidayList::Entry> holidays;
+  std::vector<HolidayList::Entry> holidays{};  // none in files of earlier versions
 
   std::string encodedJSON() const;
   static SyncDeviceFile decodeJSON(std::string_view json);

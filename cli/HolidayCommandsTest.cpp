@@ -104,6 +104,26 @@ TEST(HolidayCommands, HolidaysBookedByEarlierVersionsAreLeftAsTheyAre) {
               ContainsRegex("Thu 2026-01-01 +0:00 +\\+8:00 +8:00 +\\+0:00"));
 }
 
+TEST(HolidayCommands, HolidaysTravelWithSync) {
+  CommandRunner office;
+  CommandRunner laptop;
+  const auto folder = office.home() / "shared";
+  for (const CommandRunner* machine : {&office, &laptop}) {
+    ASSERT_EQ(machine->run({"setup", "--start", "2025-06-02", "--week", "8h,8h,8h,8h,6h,0,0"}).exitCode, 0);
+    ASSERT_EQ(machine->run({"sync", "setup", folder.string()}).exitCode, 0);
+  }
+  const auto file = office.home() / "holidays.ics";
+  std::ofstream(file) << holidays;
+  ASSERT_EQ(office.run({"import-holidays", file.string()}).exitCode, 0);
+  ASSERT_EQ(office.run({"sync"}).exitCode, 0);
+  const auto merged = laptop.run({"sync"});
+  ASSERT_EQ(merged.exitCode, 0) << merged.err;
+  EXPECT_THAT(merged.out, HasSubstr("public holidays added 6"));
+  EXPECT_THAT(laptop.run({"report", "--from", "2026-01-01", "--to", "2026-01-01"}).out,
+              ContainsRegex("Thu 2026-01-01 New Year's Day +0:00 +\\+0:00 +0:00"));
+  EXPECT_THAT(laptop.run({"import-holidays", file.string()}).err, HasSubstr("Nothing to add"));
+}
+
 TEST(HolidayCommands, FilesThatAreNoCalendarAreRefused) {
   CommandRunner quillmont;
   const auto file = quillmont.home() / "notes.ics";

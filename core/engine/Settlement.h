@@ -71,7 +71,12 @@ struct Unsettled {
 
 /// What settling through yesterday would book, counted from the day after
 /// the latest settled day (or from the calculation start when none is), so
-/// that a ledger settled regularly reads only its last days.
+/// that a ledger settled regularly reads only its last days. The count is
+/// recorded in the store's metadata with the day it reaches and what it
+/// depends on (the record types' generations, the number of holiday days,
+/// the time zone); while those stay, a later read counts only the days
+/// after it, so a ledger never settled is not walked from its start on
+/// every read. Failing to record it changes nothing.
 Unsettled unsettled(ModelContext& context, const TimeBankSettings& settings, Date now,
                     TimeBankCalculator::HolidayDays holidays, const Calendar& calendar);
 

@@ -8,6 +8,7 @@
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/persistence/QuillmontPersistence.h"
+#include "platform/store/ModelContainer.h"
 
 namespace quillmont {
 namespace {
@@ -140,6 +141,30 @@ TEST_F(SettlementTest, UnsettledCountsFromTheDayAfterTheLastSettledDay) {
   unsettled = Settlement::unsettled(context_, *settings_, now, holidays, calendar_);
   EXPECT_EQ(unsettled.minutes, 0);
   EXPECT_EQ(unsettled.since, std::nullopt);
+}
+
+TEST_F(SettlementTest, ARecordedCountGoesOnFromItsLastDayAndIsDroppedByAnyChange) {
+  ModelContainer& container = *context_.container();
+  const Date thursday = day(2026, 3, 12) + 10 * hour;
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+  ASSERT_TRUE(container.metadata("settlement.unsettled"));
+
+  // A day later only Thursday is new.
+  const Date friday = thursday + 24 * hour;
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, calendar_).minutes, -9 * 480);
+  // A count is kept per zone and per holiday days; a recorded count
+  // reaching past today (the clock went back) is not used either.
+  const std::vector<Date> holidays{day(2026, 3, 2)};
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, holidays, calendar_).minutes, -8 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, *Calendar::make("Asia/Tokyo")).minutes, -9 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+
+  // Work on a day counted before changes the count.
+  Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
+  work(day(2026, 3, 3) + 8 * hour, day(2026, 3, 3) + 16 * hour);
+  const auto unsettled = Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
+  EXPECT_EQ(unsettled.minutes, -8 * 480);
+  EXPECT_EQ(unsettled.since, day(2026, 3, 2));
 }
 
 }  // namespace

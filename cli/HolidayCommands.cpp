@@ -88,7 +88,8 @@ void install(CommandSet& commands) {
   command->footer(
       "On each holiday the planned time is 0:00 and reports name it; nothing is booked, so the balance stays as "
       "it is. Holidays imported before, and those an earlier version booked as credits, are left alone, so "
-      "importing a file again adds nothing. Recurring holidays repeat through the end of next year. Example:\n"
+      "importing a file again adds nothing. Recurring holidays repeat through the end of next year. An import is not "
+      "taken back by `quillmont undo`. Example:\n"
       "  quillmont import-holidays holidays.ics --dry-run");
 }
 

@@ -149,8 +149,9 @@ void printText(const Overview& overview, const Display& display, Date now) {
     row("Timer", "not running");
   }
   if (overview.unsettledSince) {
-    row("Unsettled", styled(Display::amount(overview.unsettledSeconds), Terminal::styleForAmount(overview.unsettledSeconds)) +
-                         " since " + display.day(*overview.unsettledSince));
+    const double unsettled = overview.unsettledSeconds;
+    row("Unsettled", styled(Display::amount(unsettled), Terminal::styleForAmount(unsettled)) + " since " +
+                         display.day(*overview.unsettledSince));
   }
   Terminal::print(styled("The balance is the ledger of bookings; worked time feeds the reports.", Style::dim));
   if (!overview.isConfigured) {

@@ -296,7 +296,8 @@ void show(StoreSession& session, const Made& made, Span span) {
     chartColumns = static_cast<int>(std::clamp<long>(left, 0, chartWidth));
     if (chartColumns < minimumChartWidth || static_cast<long>(label) > left) chartColumns = 0;
   }
-  const auto table = dayTable(report, made.holidays, display, chartColumns > 0 ? std::optional(range) : std::nullopt, chartColumns);
+  const auto chart = chartColumns > 0 ? std::optional(range) : std::nullopt;
+  const auto table = dayTable(report, made.holidays, display, chart, chartColumns);
   Terminal::write(table.render());
   printCategoryTotals(session, report);
 }

@@ -51,7 +51,9 @@ void settle(const Options& options) {
   Date first = session.settings().calculationStartDate();
   if (!options.from.empty()) {
     first = DateInput::midday(CommandInput::day(options.from, today, "--from"), calendar);
-    if (calendar.startOfDay(first) > calendar.startOfDay(last)) throw UsageError("settle: --from lies after the last day to settle");
+    if (calendar.startOfDay(first) > calendar.startOfDay(last)) {
+      throw UsageError("settle: --from lies after the last day to settle");
+    }
   }
 
   const auto holidays = PublicHolidays::days(PublicHolidays::read(*session.container(), calendar));

@@ -45,7 +45,8 @@ TEST(SettleCommands, SettlesEachDayOnceAndUndoTakesTheSettlementBack) {
   EXPECT_THAT(planned.out, ContainsRegex("Mon 2026-03-02 +\\+2:15 +would book \\+2:15"));
   EXPECT_THAT(planned.out, Not(HasSubstr("2026-03-03")));  // worked as planned: nothing to book
   EXPECT_THAT(planned.out, ContainsRegex("Wed 2026-03-04 +−8:00 +would book −8:00"));
-  EXPECT_THAT(planned.err, HasSubstr("Would settle 2 days (−5:45) from 2026-03-02 through 2026-03-04; nothing was changed."));
+  EXPECT_THAT(planned.err,
+              HasSubstr("Would settle 2 days (−5:45) from 2026-03-02 through 2026-03-04; nothing was changed."));
   EXPECT_THAT(quillmont.run({"bookings", "list", "--all", "--json"}).out, HasSubstr("\"count\" : 0"));
 
   const CommandResult settled = quillmont.run(settle);

@@ -50,7 +50,8 @@ std::vector<Plan> plan(const std::vector<Holiday>& holidays, const std::vector<H
 std::int64_t record(const std::vector<Plan>& plans, ModelContainer& container) {
   std::vector<HolidayList::Entry> entries;
   for (const Plan& next : plans) {
-    if (next.adds()) entries.push_back({next.holiday.day, next.holiday.uid, NoteValidation::normalized(next.holiday.name)});
+    if (!next.adds()) continue;
+    entries.push_back({next.holiday.day, next.holiday.uid, NoteValidation::normalized(next.holiday.name)});
   }
   if (entries.empty()) return 0;
   return container.addHolidays(entries);

@@ -18,7 +18,8 @@ TEST(PublicHolidays, OneHolidayPerDayInTheReadersZone) {
   ASSERT_EQ(holidays.size(), 2u);
   EXPECT_EQ(holidays[0], (PublicHolidays::Holiday{*berlin.date(2026, 12, 25), "Christmas / Weihnachten"}));
   EXPECT_EQ(holidays[1].day, *berlin.date(2026, 12, 26));
-  EXPECT_EQ(PublicHolidays::days(holidays), (std::vector<Date>{*berlin.date(2026, 12, 25), *berlin.date(2026, 12, 26)}));
+  EXPECT_EQ(PublicHolidays::days(holidays),
+            (std::vector<Date>{*berlin.date(2026, 12, 25), *berlin.date(2026, 12, 26)}));
   EXPECT_EQ(PublicHolidays::name(holidays, *berlin.date(2026, 12, 26)), "Boxing Day");
   EXPECT_EQ(PublicHolidays::name(holidays, *berlin.date(2026, 12, 27)), std::nullopt);
 

@@ -35,8 +35,9 @@ std::int64_t roundedMinutes(TimeInterval seconds) {
 // generation, the holiday days and the zone that cuts the days. While it
 // stays the same, the days up to a past day keep their differences.
 std::string signatureOf(ModelContext& context, std::size_t holidays, const Calendar& calendar) {
-  return std::to_string(context.generation<WorkEntry>()) + " " + std::to_string(context.generation<BalanceAdjustment>()) +
-         " " + std::to_string(context.generation<WorkSchedule>()) + " " +
+  return std::to_string(context.generation<WorkEntry>()) + " " +
+         std::to_string(context.generation<BalanceAdjustment>()) + " " +
+         std::to_string(context.generation<WorkSchedule>()) + " " +
          std::to_string(context.generation<TimeBankSettings>()) + " " + std::to_string(holidays) + " " +
          calendar.timeZoneIdentifier();
 }

@@ -33,9 +33,11 @@ std::vector<HolidayList::Entry> HolidayList::entries() const {
 std::int64_t HolidayList::add(std::span<const Entry> entries) {
   if (entries.empty()) return 0;
   database_.execute("CREATE TABLE IF NOT EXISTS " + quoted(table) +
-                    " (day TEXT NOT NULL, uid TEXT NOT NULL, name TEXT NOT NULL, PRIMARY KEY (day, uid)) WITHOUT ROWID");
+                    " (day TEXT NOT NULL, uid TEXT NOT NULL, name TEXT NOT NULL, PRIMARY KEY (day, uid))"
+                    " WITHOUT ROWID");
   std::int64_t added = 0;
-  SQLiteStatement insert = database_.prepare("INSERT OR IGNORE INTO " + quoted(table) + " (day, uid, name) VALUES (?1, ?2, ?3)");
+  SQLiteStatement insert =
+      database_.prepare("INSERT OR IGNORE INTO " + quoted(table) + " (day, uid, name) VALUES (?1, ?2, ?3)");
   for (const Entry& entry : entries) {
     SQLiteStatement::Scope scope(insert);
     insert.bind(1, entry.day);

@@ -20,6 +20,7 @@
 #include "cli/CommandSet.h"
 #include "cli/CommandSuggestion.h"
 #include "cli/HolidayCommands.h"
+#include "cli/SettleCommands.h"
 #include "cli/SyncCommands.h"
 #include "cli/HousekeepingCommands.h"
 #include "cli/OpenCommand.h"
@@ -66,8 +67,8 @@ struct Family {
   std::initializer_list<std::string_view> commands;
 };
 
-const std::array<Family, 12>& families() {
-  static const std::array<Family, 12> list{{
+const std::array<Family, 13>& families() {
+  static const std::array<Family, 13> list{{
       {OverviewCommand::install, {"overview"}},
       {BookingCommands::install, {"book", "bookings"}},
       {WorkCommands::install, {"timer", "work"}},
@@ -75,6 +76,7 @@ const std::array<Family, 12>& families() {
       {SettingsCommands::install, {"setup", "settings", "schedule", "kinds", "category"}},
       {ArchiveCommands::install, {"export", "import", "import-legacy"}},
       {HolidayCommands::install, {"import-holidays"}},
+      {SettleCommands::install, {"settle"}},
       {SyncCommands::install, {"sync"}},
       {OpenCommand::install, {"open"}},
       {WidgetCommands::install, {"widget"}},

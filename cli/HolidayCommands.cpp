@@ -24,12 +24,14 @@ struct Options {
 };
 
 std::string outcomeText(const HolidayBookings::Plan& plan, bool dryRun) {
+  const std::string planned = Display::duration(static_cast<double>(plan.minutes) * 60.0);
   switch (plan.outcome) {
-    case HolidayBookings::Outcome::booked:
-      return (dryRun ? "would book " : "booked ") + Display::amountOfMinutes(plan.minutes);
-    case HolidayBookings::Outcome::alreadyBooked: return "booked before";
+    case HolidayBookings::Outcome::plannedTimeFreed:
+      return "planned " + planned + (dryRun ? " would become 0:00" : " becomes 0:00");
     case HolidayBookings::Outcome::notAWorkingDay: return "not a working day";
     case HolidayBookings::Outcome::beforeCalculationStart: return "before the calculation start";
+    case HolidayBookings::Outcome::knownBefore: return "imported before";
+    case HolidayBookings::Outcome::bookedBefore: return "booked before as a credit; left as it is";
   }
   return "";
 }
@@ -37,7 +39,6 @@ std::string outcomeText(const HolidayBookings::Plan& plan, bool dryRun) {
 void importHolidays(const Options& options) {
   const std::string text = FileTransfer::read(options.file);
   StoreSession session;
-  session.journal("import-holidays " + options.file);
   // Recurring holidays repeat through the end of next year.
   const DateInput::Day today = session.today();
   std::vector<HolidayBookings::Holiday> holidays;
@@ -46,33 +47,33 @@ void importHolidays(const Options& options) {
                         DateInput::midday(event.day, session.calendar())});
   }
   std::stable_sort(holidays.begin(), holidays.end(), [](const auto& a, const auto& b) { return a.day < b.day; });
-  const auto plans = HolidayBookings::plan(holidays, session.context(), session.settings(), session.calendar());
+  const auto plans = HolidayBookings::plan(holidays, session.container()->holidays(), session.context(),
+                                           session.settings(), session.calendar());
 
-  TextTable table({{"Day"}, {"Holiday"}, {"Booking"}});
-  std::int64_t minutes = 0;
+  TextTable table({{"Day"}, {"Holiday"}, {"Planned time"}});
+  std::int64_t freed = 0;
   std::size_t count = 0;
   const Display display(session.calendar());
   for (const auto& plan : plans) {
     table.addRow({display.weekday(plan.holiday.noon) + " " + plan.holiday.day, plan.holiday.name,
                   outcomeText(plan, options.dryRun)});
-    if (plan.outcome == HolidayBookings::Outcome::booked) {
-      minutes += plan.minutes;
-      ++count;
-    }
+    if (plan.adds()) ++count;
+    if (plan.outcome == HolidayBookings::Outcome::plannedTimeFreed) freed += plan.minutes;
   }
   Terminal::write(table.render());
   const std::string summary = std::to_string(count) + (count == 1 ? " holiday" : " holidays") + " (" +
-                              Display::amountOfMinutes(minutes) + ")";
+                              Display::duration(static_cast<double>(freed) * 60.0) +
+                              " of planned time becomes 0:00; nothing is booked)";
   if (options.dryRun) {
-    Terminal::message("Would book " + summary + "; nothing was changed.");
+    Terminal::message("Would add " + summary + "; nothing was changed.");
     return;
   }
   if (count == 0) {
-    Terminal::message("Nothing to book: each holiday was booked before or falls on a day off.");
+    Terminal::message("Nothing to add: each holiday was imported or booked before.");
     return;
   }
-  HolidayBookings::book(plans, session.context(), session.now());
-  Terminal::message("Booked " + summary + ".");
+  HolidayBookings::record(plans, *session.container());
+  Terminal::message("Added " + summary + ".");
 }
 
 }  // namespace
@@ -80,14 +81,15 @@ void importHolidays(const Options& options) {
 void install(CommandSet& commands) {
   auto options = std::make_shared<Options>();
   CLI::App* command = commands.add(commands.root(), "import-holidays",
-                                   "Book the public holidays of an iCalendar file that fall on working days",
+                                   "Add the public holidays of an iCalendar file: nothing is planned on them",
                                    [options] { importHolidays(*options); });
   command->add_option("FILE", options->file, "The iCalendar file (.ics; \"-\" for standard input)")->required();
-  command->add_flag("--dry-run", options->dryRun, "Only list what would be booked");
+  command->add_flag("--dry-run", options->dryRun, "Only list what would change");
   command->footer(
-      "Each holiday on a working day becomes a \"holiday\" credit of that day's planned time; days off, days "
-      "before the calculation start and holidays booked before are left alone, so importing a file again adds "
-      "nothing. Recurring holidays repeat through the end of next year. Example:\n"
+      "On each holiday the planned time is 0:00 and reports name it; nothing is booked, so the balance stays as "
+      "it is. Holidays imported before, and those an earlier version booked as credits, are left alone, so "
+      "importing a file again adds nothing. Recurring holidays repeat through the end of next year. An import is not "
+      "taken back by `quillmont undo`. Example:\n"
       "  quillmont import-holidays holidays.ics --dry-run");
 }
 

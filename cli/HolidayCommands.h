@@ -1,6 +1,6 @@
-// HolidayCommands: `import-holidays FILE.ics` books the public holidays of an
-// iCalendar file that fall on working days as "holiday" credits of the day's
-// planned time (see HolidayBookings); `--dry-run` lists what it would do.
+// HolidayCommands: `import-holidays FILE.ics` adds the public holidays of an
+// iCalendar file to the store's list, on which nothing is planned (see
+// HolidayBookings); `--dry-run` lists what it would change.
 #pragma once
 
 #include "cli/CommandSet.h"

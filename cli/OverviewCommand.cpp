@@ -8,6 +8,8 @@
 #include "cli/StoreSession.h"
 #include "cli/Terminal.h"
 #include "core/engine/PeriodBalances.h"
+#include "core/engine/PublicHolidays.h"
+#include "core/engine/Settlement.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/engine/TimerSessionController.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"
@@ -23,6 +25,9 @@ struct Overview {
   double todayWorkedSeconds = 0;
   std::optional<Date> runningSince;
   bool isConfigured = false;
+  /// What settling through yesterday would book, and its first day.
+  double unsettledSeconds = 0;
+  std::optional<Date> unsettledSince;
 };
 
 // The balance and today's credits and debits are the widget's own figures.
@@ -69,6 +74,13 @@ Overview compute(StoreSession& session) {
     }
     sumToday();
   }
+  if (overview.isConfigured) {
+    const auto holidays = PublicHolidays::days(PublicHolidays::read(*session.container(), session.calendar()));
+    const auto unsettled =
+        Settlement::unsettled(session.context(), session.settings(), now, holidays, session.calendar());
+    overview.unsettledSeconds = static_cast<double>(unsettled.minutes) * 60.0;
+    overview.unsettledSince = unsettled.since;
+  }
   return overview;
 }
 
@@ -96,6 +108,14 @@ void printJSON(const Overview& overview, const Display& display) {
   writer.number(overview.todayDebitSeconds);
   writer.key("todayWorkedSeconds");
   writer.number(overview.todayWorkedSeconds);
+  writer.key("unsettledSeconds");
+  writer.number(overview.unsettledSeconds);
+  writer.key("unsettledSince");
+  if (overview.unsettledSince) {
+    writer.string(display.day(*overview.unsettledSince));
+  } else {
+    writer.null();
+  }
   writer.endObject();
   Terminal::print(text);
 }
@@ -126,6 +146,11 @@ void printText(const Overview& overview, const Display& display, Date now) {
                      Display::duration(now - *overview.runningSince) + ")");
   } else {
     row("Timer", "not running");
+  }
+  if (overview.unsettledSince) {
+    const double unsettled = overview.unsettledSeconds;
+    row("Unsettled", styled(Display::amount(unsettled), Terminal::styleForAmount(unsettled)) + " since " +
+                         display.day(*overview.unsettledSince));
   }
   Terminal::print(styled("The balance is the ledger of bookings; worked time feeds the reports.", Style::dim));
   if (!overview.isConfigured) {

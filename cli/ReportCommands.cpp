@@ -15,6 +15,8 @@
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
 #include "core/engine/PeriodBalances.h"
+#include "core/engine/PublicHolidays.h"
+#include "core/engine/Settlement.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/reports/TimeBankReporting.h"
 #include "platform/foundation/Text.h"
@@ -45,13 +47,22 @@ struct LedgerOptions {
 /// an ISO year, or the days typed.
 enum class Span { week, month, year, days };
 
+using Holidays = std::vector<PublicHolidays::Holiday>;
+
+// A report and the public holidays it names.
+struct Made {
+  TimeBankReport report;
+  Holidays holidays;
+};
+
 // The report over `interval`: day balances through its end or now, whichever
-// is earlier, cut to the interval.
-TimeBankReport reportOver(StoreSession& session, const DateInterval& interval) {
+// is earlier, cut to the interval; nothing is planned on public holidays.
+Made reportOver(StoreSession& session, const DateInterval& interval) {
   const Date through = std::min(interval.end(), session.now());
-  const auto days =
-      PeriodBalances::read(session.context(), session.settings(), interval.start, through, session.calendar());
-  return TimeBankReporting::report(days, interval);
+  Holidays holidays = PublicHolidays::read(*session.container(), session.calendar());
+  const auto days = PeriodBalances::read(session.context(), session.settings(), interval.start, through,
+                                         session.calendar(), PublicHolidays::days(holidays));
+  return {TimeBankReporting::report(days, interval), std::move(holidays)};
 }
 
 DateInput::Day chosenDay(StoreSession& session, const std::string& text) {
@@ -111,7 +122,7 @@ std::string scaleLabel(const TimeBankReporting::HourRange& range) {
   return Display::amount(range.lowerBound * 3600.0) + " \u2026 " + Display::amount(range.upperBound * 3600.0);
 }
 
-TextTable dayTable(const TimeBankReport& report, const Display& display,
+TextTable dayTable(const TimeBankReport& report, const Holidays& holidays, const Display& display,
                    const std::optional<TimeBankReporting::HourRange>& range, int chartColumns) {
   using Alignment = TextTable::Alignment;
   std::vector<TextTable::Column> columns{{"Day"},
@@ -123,7 +134,9 @@ TextTable dayTable(const TimeBankReport& report, const Display& display,
   TextTable table(std::move(columns));
   for (const DayBalance& day : report.days) {
     const double balance = day.balanceSeconds();
-    std::vector<TextTable::Cell> cells{display.weekday(day.date) + " " + display.day(day.date),
+    std::string dayText = display.weekday(day.date) + " " + display.day(day.date);
+    if (const auto holiday = PublicHolidays::name(holidays, day.date)) dayText += " " + *holiday;
+    std::vector<TextTable::Cell> cells{std::move(dayText),
                                        Display::duration(day.workedSeconds), Display::amount(day.adjustmentSeconds),
                                        Display::duration(day.expectedSeconds),
                                        {Display::amount(balance), Terminal::styleForAmount(balance)}};
@@ -168,7 +181,11 @@ std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankR
         const std::string& rawValue = booking.kindRawValue();
         auto known = std::find_if(titles.begin(), titles.end(), [&](const auto& pair) { return pair.first == rawValue; });
         if (known == titles.end()) known = titles.insert(titles.end(), {rawValue, booking.category().title});
-        const std::string& title = known->second;
+        // Settlements are not adjustments of the day (its difference holds
+        // them already): a line of their own says where that time went.
+        static const std::string settled = "Settled worked time";
+        const std::string& title =
+            Settlement::isSettlement(booking.id(), booking.date(), session.calendar()) ? settled : known->second;
         const std::pair<Date, UUID> key{booking.date(), booking.id()};
         auto found = std::find_if(tallies.begin(), tallies.end(), [&](const auto& tally) { return tally.total.title == title; });
         if (found == tallies.end()) found = tallies.insert(tallies.end(), {{title, rawValue}, key});
@@ -214,7 +231,8 @@ void writeDayFigures(JsonWriter& writer, double worked, double adjustments, doub
   JsonOutput::amount(writer, "difference", difference);
 }
 
-void showJSON(StoreSession& session, const TimeBankReport& report, Span span) {
+void showJSON(StoreSession& session, const Made& made, Span span) {
+  const TimeBankReport& report = made.report;
   const Display display(session.calendar());
   const auto through = throughToday(session, report);
   JsonOutput::print([&](JsonWriter& writer) {
@@ -232,6 +250,7 @@ void showJSON(StoreSession& session, const TimeBankReport& report, Span span) {
       writer.beginObject();
       writer.key("date");
       writer.string(display.day(day.date));
+      JsonOutput::text(writer, "holiday", PublicHolidays::name(made.holidays, day.date));
       writeDayFigures(writer, day.workedSeconds, day.adjustmentSeconds, day.expectedSeconds, day.balanceSeconds());
       writer.endObject();
     }
@@ -259,7 +278,8 @@ void showJSON(StoreSession& session, const TimeBankReport& report, Span span) {
   });
 }
 
-void show(StoreSession& session, const TimeBankReport& report, Span span) {
+void show(StoreSession& session, const Made& made, Span span) {
+  const TimeBankReport& report = made.report;
   const Display display(session.calendar());
   const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
   std::string title = spanTitle(span) + " " + display.day(report.interval.start) + " to " + display.day(lastDay);
@@ -275,13 +295,14 @@ void show(StoreSession& session, const TimeBankReport& report, Span span) {
   const auto range = TimeBankReporting::chartHourRange(report);
   int chartColumns = chartWidth;
   if (const auto columns = Terminal::width()) {
-    const std::size_t without = dayTable(report, display, std::nullopt, 0).width();
+    const std::size_t without = dayTable(report, made.holidays, display, std::nullopt, 0).width();
     const std::size_t label = Text::displayWidth(scaleLabel(range));
     const long left = static_cast<long>(*columns) - static_cast<long>(without) - 2;
     chartColumns = static_cast<int>(std::clamp<long>(left, 0, chartWidth));
     if (chartColumns < minimumChartWidth || static_cast<long>(label) > left) chartColumns = 0;
   }
-  const auto table = dayTable(report, display, chartColumns > 0 ? std::optional(range) : std::nullopt, chartColumns);
+  const auto chart = chartColumns > 0 ? std::optional(range) : std::nullopt;
+  const auto table = dayTable(report, made.holidays, display, chart, chartColumns);
   Terminal::write(table.render());
   printCategoryTotals(session, report);
 }
@@ -357,7 +378,7 @@ void installCsv(CommandSet& commands) {
           const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
           const DateInput::Day day = chosenDay(session, tableOptions->range.date);
           const auto table = reportOver(session, spanInterval(session, span, day, tableOptions->range));
-          writeDocument(tableOptions->output, TimeBankReporting::csv(table, session.calendar()));
+          writeDocument(tableOptions->output, TimeBankReporting::csv(table.report, session.calendar()));
         });
     commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)
         ->type_name("PERIOD");

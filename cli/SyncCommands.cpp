@@ -101,7 +101,9 @@ std::string storeSignature(StoreSession& session) {
   const auto deletions = session.container()->deletions();
   double latest = 0;
   for (const auto& deletion : deletions) latest = std::max(latest, deletion.deletedAt.timeIntervalSince1970());
-  return signature + "/" + std::to_string(deletions.size()) + "@" + std::to_string(latest);
+  // Holidays are only ever added, so their count tells whether any came.
+  return signature + "/" + std::to_string(deletions.size()) + "@" + std::to_string(latest) + "/" +
+         std::to_string(session.container()->holidays().size());
 }
 
 std::string ownStamp(const Configuration& setup) {
@@ -117,6 +119,7 @@ std::string deviceLabel(const std::string& name, const UUID& id) {
 std::string mergeDevice(StoreSession& session, const UUID& id, const SyncFolder::DeviceFiles& files,
                         SyncState::Device& known) {
   std::vector<DeletionLog::Entry> deletions;
+  std::vector<HolidayList::Entry> holidays;
   if (files.device) {
     try {
       const auto device = SyncDeviceFile::decodeJSON(FileTransfer::read(files.device->string()));
@@ -124,6 +127,7 @@ std::string mergeDevice(StoreSession& session, const UUID& id, const SyncFolder:
       known.name = device.name;
       known.writtenAt = device.writtenAt;
       deletions = device.deletions;
+      holidays = device.holidays;
     } catch (const JsonDecodingError& error) {
       known.problem = files.device->filename().string() + " is not a readable device file (" + error.what() + ")";
       return "Skipped " + deviceLabel(known.name, id) + ": " + known.problem + "; nothing was changed from it.";
@@ -138,6 +142,9 @@ std::string mergeDevice(StoreSession& session, const UUID& id, const SyncFolder:
                        std::to_string(result.merged.inserted) + ", updated " + std::to_string(result.merged.updated) +
                        ", unchanged " + std::to_string(result.merged.unchanged);
     if (result.recordsDeleted > 0) line += ", deleted " + std::to_string(result.recordsDeleted);
+    if (const auto added = session.container()->addHolidays(holidays); added > 0) {
+      line += ", public holidays added " + std::to_string(added);
+    }
     return line + ".";
   } catch (const JsonDecodingError& error) {
     known.problem = files.ledger->filename().string() + " is not a readable ledger (" + error.what() + ")";
@@ -155,7 +162,8 @@ void writeOwnFiles(StoreSession& session, const Configuration& setup) {
   const auto settings = context.fetch<TimeBankSettings>();
   std::string ledger = TimeBankArchive(session.now(), entries, adjustments, schedules, settings).encodedJSON();
   ledger += '\n';
-  const SyncDeviceFile device{setup.device, setup.name, session.now(), session.container()->deletions()};
+  const SyncDeviceFile device{setup.device, setup.name, session.now(), session.container()->deletions(),
+                              session.container()->holidays()};
   // The deletions first: a reader that sees the new ledger already has them.
   FileTransfer::writeAtomically((setup.folder / SyncFolder::deviceFileName(setup.device)).string(),
                                 device.encodedJSON() + "\n");

@@ -1,9 +1,10 @@
 #include "core/engine/HolidayBookings.h"
 
-#include <algorithm>
 #include <set>
+#include <utility>
 
 #include "core/engine/TimeBankCalculator.h"
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/NoteValidation.h"
 #include "core/ledger/WorkSchedule.h"
 
@@ -18,41 +19,42 @@ constexpr UUID bookingSpace{{0x6E, 0x1F, 0x3C, 0x52, 0x9A, 0x04, 0x4B, 0x7D, 0x8
 
 UUID identifier(const std::string& uid, const std::string& day) { return UUID::named(bookingSpace, uid + "/" + day); }
 
-std::vector<Plan> plan(const std::vector<Holiday>& holidays, ModelContext& context, const TimeBankSettings& settings,
-                       const Calendar& calendar) {
+std::vector<Plan> plan(const std::vector<Holiday>& holidays, const std::vector<HolidayList::Entry>& known,
+                       ModelContext& context, const TimeBankSettings& settings, const Calendar& calendar) {
   std::set<UUID> booked;
   context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& adjustment) { booked.insert(adjustment.id()); });
+  std::set<std::pair<std::string, std::string>> kept;
+  for (const HolidayList::Entry& entry : known) kept.emplace(entry.day, entry.uid);
   const auto schedules = context.fetch<WorkSchedule>();
   const Date start = calendar.startOfDay(settings.calculationStartDate());
   std::set<std::string> days;
   std::vector<Plan> plans;
   for (const Holiday& holiday : holidays) {
     if (!days.insert(holiday.day).second) continue;
-    Plan next{holiday, Outcome::booked, 0, identifier(holiday.uid, holiday.day)};
-    if (holiday.noon < start) {
+    Plan next{holiday, Outcome::plannedTimeFreed, 0, identifier(holiday.uid, holiday.day)};
+    next.minutes = TimeBankCalculator::scheduledMinutes(holiday.noon, settings, schedules, calendar);
+    if (booked.contains(next.id)) {
+      next.outcome = Outcome::bookedBefore;
+    } else if (kept.contains({holiday.day, holiday.uid})) {
+      next.outcome = Outcome::knownBefore;
+    } else if (holiday.noon < start) {
       next.outcome = Outcome::beforeCalculationStart;
-    } else if (booked.contains(next.id)) {
-      next.outcome = Outcome::alreadyBooked;
-    } else {
-      next.minutes = TimeBankCalculator::scheduledMinutes(holiday.noon, settings, schedules, calendar);
-      if (next.minutes <= 0) next.outcome = Outcome::notAWorkingDay;
+    } else if (next.minutes <= 0) {
+      next.outcome = Outcome::notAWorkingDay;
     }
     plans.push_back(std::move(next));
   }
   return plans;
 }
 
-std::size_t book(const std::vector<Plan>& plans, ModelContext& context, Date now) {
-  std::size_t count = 0;
+std::int64_t record(const std::vector<Plan>& plans, ModelContainer& container) {
+  std::vector<HolidayList::Entry> entries;
   for (const Plan& next : plans) {
-    if (next.outcome != Outcome::booked) continue;
-    context.insert(std::make_shared<BalanceAdjustment>(next.id, next.holiday.noon, next.minutes,
-                                                       NoteValidation::normalized(next.holiday.name),
-                                                       BalanceAdjustmentKind::holiday, now, now));
-    ++count;
+    if (!next.adds()) continue;
+    entries.push_back({next.holiday.day, next.holiday.uid, NoteValidation::normalized(next.holiday.name)});
   }
-  if (count > 0) context.save();
-  return count;
+  if (entries.empty()) return 0;
+  return container.addHolidays(entries);
 }
 
 }  // namespace quillmont::HolidayBookings

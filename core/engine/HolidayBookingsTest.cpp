@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 
+#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkSchedule.h"
 #include "core/persistence/QuillmontPersistence.h"
 
@@ -39,38 +40,42 @@ class HolidayBookingsTest : public ::testing::Test {
   std::shared_ptr<TimeBankSettings> settings_;
 };
 
-TEST_F(HolidayBookingsTest, WorkingDaysGetTheirPlannedTimeOnceAndOtherDaysNothing) {
+TEST_F(HolidayBookingsTest, HolidaysFreeThePlannedTimeOnceAndBookNothing) {
   // From March on a schedule of six hours a day, Monday to Friday.
   const std::array<std::int64_t, 7> shorter{360, 360, 360, 360, 360, 0, 0};
   context_.insert(std::make_shared<WorkSchedule>(UUID::random(), noon(2026, 3, 2) - 12 * 3600, shorter, Date::now(),
                                                  Date::now()));
+  // An earlier version booked Labour Day as a credit.
+  context_.insert(std::make_shared<BalanceAdjustment>(HolidayBookings::identifier("labour", "2026-05-01"),
+                                                      noon(2026, 5, 1), 360, "labour", BalanceAdjustmentKind::holiday,
+                                                      Date::now(), Date::now()));
   context_.save();
   const std::vector<HolidayBookings::Holiday> holidays{
       holiday("newyear", 1, 1),   holiday("epiphany", 1, 6), holiday("goodfriday", 4, 3),
       holiday("saturday", 5, 2),  holiday("epiphany", 1, 6),  // the same day again
       holiday("labour", 5, 1)};
-  auto plans = HolidayBookings::plan(holidays, context_, *settings_, calendar_);
+  auto plans = HolidayBookings::plan(holidays, {}, context_, *settings_, calendar_);
   ASSERT_EQ(plans.size(), 5u);
   EXPECT_EQ(plans[0].outcome, Outcome::beforeCalculationStart);
-  EXPECT_EQ(plans[1].outcome, Outcome::booked);
+  EXPECT_EQ(plans[1].outcome, Outcome::plannedTimeFreed);
   EXPECT_EQ(plans[1].minutes, 480);  // a Tuesday under the settings
   EXPECT_EQ(plans[2].minutes, 360);  // a Friday under the schedule
   EXPECT_EQ(plans[3].outcome, Outcome::notAWorkingDay);
-  EXPECT_EQ(plans[4].minutes, 360);
+  EXPECT_EQ(plans[4].outcome, Outcome::bookedBefore);
+  EXPECT_FALSE(plans[4].adds());
 
-  EXPECT_EQ(HolidayBookings::book(plans, context_, Date::now()), 3u);
-  const auto bookings = context_.fetch<BalanceAdjustment>();
-  ASSERT_EQ(bookings.size(), 3u);
-  EXPECT_EQ(bookings[0]->kindRawValue(), "holiday");
-  EXPECT_EQ(bookings[0]->date(), noon(2026, 1, 6));
-  EXPECT_EQ(bookings[0]->note(), "epiphany");
+  ModelContainer& container = *context_.container();
+  EXPECT_EQ(HolidayBookings::record(plans, container), 4);
+  EXPECT_EQ(context_.fetch<BalanceAdjustment>().size(), 1u);  // only the old credit
+  const auto kept = container.holidays();
+  ASSERT_EQ(kept.size(), 4u);
+  EXPECT_EQ(kept[1], (HolidayList::Entry{"2026-01-06", "epiphany", "epiphany"}));
 
-  // The same file again, or on another machine, books nothing new.
-  plans = HolidayBookings::plan(holidays, context_, *settings_, calendar_);
-  EXPECT_EQ(plans[1].outcome, Outcome::alreadyBooked);
-  EXPECT_EQ(HolidayBookings::book(plans, context_, Date::now()), 0u);
-  EXPECT_EQ(HolidayBookings::identifier("epiphany", "2026-01-06"), bookings[0]->id());
-  EXPECT_NE(HolidayBookings::identifier("epiphany", "2027-01-06"), bookings[0]->id());
+  // The same file again, or on another machine that has the list, adds nothing.
+  plans = HolidayBookings::plan(holidays, kept, context_, *settings_, calendar_);
+  EXPECT_EQ(plans[1].outcome, Outcome::knownBefore);
+  EXPECT_EQ(HolidayBookings::record(plans, container), 0);
+  EXPECT_EQ(container.holidays().size(), 4u);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 
+#include "core/engine/Settlement.h"
 #include "core/engine/TimeBankCalculator.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
@@ -63,7 +64,7 @@ TimeInterval workedToday(ModelContext& context, std::vector<ObservedWorkInterval
 }
 
 std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& settings, Date from, Date through,
-                             const Calendar& calendar) {
+                             const Calendar& calendar, TimeBankCalculator::HolidayDays holidays) {
   const Date firstDay = calendar.startOfDay(from);
 
   std::vector<ObservedWorkInterval> work;
@@ -81,14 +82,18 @@ std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& sett
   // Over a long stretch every row, in row order, with the same test here.
   const bool readAll = through - firstDay > longStretch;
   const auto inStretch = [&](Date date) { return date >= firstDay && (!dayAfter || date < *dayAfter); };
-  context.forEach<BalanceAdjustment>({"date", "minutes"}, readAll ? RowFilter{} : dated,
+  // A settlement booking is the day's worked less planned time brought into
+  // the ledger: counted as an adjustment too, the day's difference would
+  // show its worked time twice.
+  context.forEach<BalanceAdjustment>({"id", "date", "minutes"}, readAll ? RowFilter{} : dated,
                                      [&](const BalanceAdjustment& booking) {
                                        if (readAll && !inStretch(booking.date())) return;
+                                       if (Settlement::isSettlement(booking.id(), booking.date(), calendar)) return;
                                        bookings.push_back({booking.date(), booking.minutes()});
                                      });
 
   return TimeBankCalculator::dayBalancesFrom(work, bookings, context.fetch<WorkSchedule>(), settings, through, calendar,
-                                             firstDay);
+                                             firstDay, holidays);
 }
 
 }  // namespace quillmont::PeriodBalances

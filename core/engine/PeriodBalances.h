@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/engine/DayBalance.h"
+#include "core/engine/TimeBankCalculator.h"
 #include "core/engine/WorkIntervals.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "platform/foundation/Calendar.h"
@@ -43,8 +44,9 @@ TimeInterval workedToday(ModelContext& context, std::vector<TimeBankCalculator::
 
 /// The balances of the days from the day of `from` through the day of
 /// `through`, as TimeBankCalculator::dayBalances over every record of
-/// `context` through `through` has them (the days before `from` left out).
+/// `context` through `through` has them (the days before `from` left out),
+/// with nothing expected on the days of `holidays`.
 std::vector<DayBalance> read(ModelContext& context, const TimeBankSettings& settings, Date from, Date through,
-                             const Calendar& calendar);
+                             const Calendar& calendar, TimeBankCalculator::HolidayDays holidays = {});
 
 }  // namespace quillmont::PeriodBalances

@@ -399,18 +399,19 @@ TimeInterval workedSeconds(const WorkEntry& entry, const DateInterval& during, D
 }
 
 std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Schedules schedules,
-                                    const TimeBankSettings& settings, Date through, const Calendar& calendar) {
+                                    const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                                    HolidayDays holidays) {
   const auto intervals = detail::observedIntervals(entries, through);
   std::vector<BookedMinutes> bookings;
   bookings.reserve(adjustments.size());
   for (const auto& adjustment : adjustments) bookings.push_back({adjustment->date(), adjustment->minutes()});
-  return dayBalancesFrom(intervals, bookings, schedules, settings, through, calendar);
+  return dayBalancesFrom(intervals, bookings, schedules, settings, through, calendar, std::nullopt, holidays);
 }
 
 std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
                                         std::span<const BookedMinutes> bookings, Schedules schedules,
                                         const TimeBankSettings& settings, Date through, const Calendar& calendar,
-                                        std::optional<Date> firstDay) {
+                                        std::optional<Date> firstDay, HolidayDays holidays) {
   const Date earliest = TimeBankDateBounds::earliestCalculationDate(calendar);
   Date start = settings.calculationStartDate() > earliest ? settings.calculationStartDate() : earliest;
   // A later first day starts the grid at its midnight, one of the grid's own
@@ -427,6 +428,11 @@ std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInte
     if (const auto day = grid.dayContaining(booking.date)) adjusted[*day] += seconds(booking.minutes);
   }
 
+  std::vector<bool> isHoliday(holidays.empty() ? 0 : grid.size(), false);
+  for (const Date holiday : holidays) {
+    if (const auto day = grid.dayContaining(holiday)) isHoliday[*day] = true;
+  }
+
   const GoverningSchedules governing = governingSchedules(schedules, grid, calendar);
   WeekdayMinutes minutes = governing.beforeFirstDay != nullptr ? governing.beforeFirstDay->weekdayMinutes()
                                                                : settings.weekdayMinutes();
@@ -435,16 +441,18 @@ std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInte
   balances.reserve(grid.size());
   for (std::size_t day = 0; day < grid.size(); ++day) {
     if (const WorkSchedule* schedule = governing.takingEffectOn[day]) minutes = schedule->weekdayMinutes();
-    const std::int64_t expectedMinutes = clampedDailyMinutes(minutes[weekdayIndex(grid.weekday(day))]);
+    const bool holiday = !isHoliday.empty() && isHoliday[day];
+    const std::int64_t expectedMinutes = holiday ? 0 : clampedDailyMinutes(minutes[weekdayIndex(grid.weekday(day))]);
     balances.push_back({grid.start(day), worked[day].value_or(0), adjusted[day], static_cast<TimeInterval>(expectedMinutes * 60)});
   }
   return balances;
 }
 
 TimeInterval balanceSeconds(Entries entries, Adjustments adjustments, Schedules schedules,
-                            const TimeBankSettings& settings, Date through, const Calendar& calendar) {
+                            const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                            HolidayDays holidays) {
   TimeInterval total = 0;
-  for (const DayBalance& day : dayBalances(entries, adjustments, schedules, settings, through, calendar)) {
+  for (const DayBalance& day : dayBalances(entries, adjustments, schedules, settings, through, calendar, holidays)) {
     total += day.balanceSeconds();
   }
   return seconds(settings.startingBalanceMinutes()) + total;

@@ -36,6 +36,10 @@ namespace quillmont::TimeBankCalculator {
 using Entries = std::span<const std::shared_ptr<WorkEntry>>;
 using Adjustments = std::span<const std::shared_ptr<BalanceAdjustment>>;
 using Schedules = std::span<const std::shared_ptr<WorkSchedule>>;
+/// Instants inside public holidays (any instant of each such day, in any
+/// order): on those days nothing is expected. The operations that take it
+/// default to none, which is the rule of the schedules alone.
+using HolidayDays = std::span<const Date>;
 
 /// The worked seconds of `entry` that fall inside `during`, a running entry
 /// counted up to `asOf` (and a later end cut there). The break is spread
@@ -53,9 +57,11 @@ TimeInterval workedSeconds(Entries entries, Date asOf);
 /// `through`. Entries count up to `through`; adjustments count by whole day,
 /// so one booked later on the day of `through` is included. Empty when the
 /// calculation starts after the day of `through`, or when the calendar cannot
-/// place `through` (not finite).
+/// place `through` (not finite). On the days of `holidays` the expected
+/// seconds are 0.
 std::vector<DayBalance> dayBalances(Entries entries, Adjustments adjustments, Schedules schedules,
-                                    const TimeBankSettings& settings, Date through, const Calendar& calendar);
+                                    const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                                    HolidayDays holidays = {});
 
 /// One booking as a day balance reads it: when, and how many minutes.
 struct BookedMinutes {
@@ -70,15 +76,17 @@ struct BookedMinutes {
 /// (intervals connected by overlap or touch) that reaches into the day, and
 /// the bookings every booking of the day; other days are then incomplete.
 /// With `firstDay`, only the days from the day of `firstDay` on: the same
-/// balances, without walking the days before.
+/// balances, without walking the days before. On the days of `holidays`
+/// the expected seconds are 0.
 std::vector<DayBalance> dayBalancesFrom(std::span<const detail::ObservedWorkInterval> intervals,
                                         std::span<const BookedMinutes> bookings, Schedules schedules,
                                         const TimeBankSettings& settings, Date through, const Calendar& calendar,
-                                        std::optional<Date> firstDay = std::nullopt);
+                                        std::optional<Date> firstDay = std::nullopt, HolidayDays holidays = {});
 
 /// The starting balance plus the balances of all dayBalances(), in seconds.
 TimeInterval balanceSeconds(Entries entries, Adjustments adjustments, Schedules schedules,
-                            const TimeBankSettings& settings, Date through, const Calendar& calendar);
+                            const TimeBankSettings& settings, Date through, const Calendar& calendar,
+                            HolidayDays holidays = {});
 
 /// Minutes expected on the day of `date` (0 ... 1440): from the schedule that
 /// governs that day, else from the settings' weekdays. Among the schedules in

@@ -92,6 +92,30 @@ TEST(TimeBankCalculator, DayBalancesRunFromTheCalculationStartThroughTheDayOfThr
   EXPECT_TRUE(TimeBankCalculator::dayBalances(entries, adjustments, {}, record, Date(NAN), berlin).empty());
 }
 
+TEST(TimeBankCalculator, NothingIsExpectedOnPublicHolidays) {
+  const auto berlin = *Calendar::make("Europe/Berlin");
+  const Date monday = at(berlin, 2026, 3, 2);
+  const Date tuesday = at(berlin, 2026, 3, 3);
+  const Date through = at(berlin, 2026, 3, 4, 20);
+  const Entries entries{entry(tuesday + 9 * hour, tuesday + 11 * hour)};
+  const Adjustments adjustments{adjustment(tuesday + 12 * hour, 30)};
+  const auto record = settings(monday);
+  const auto plain = TimeBankCalculator::dayBalances(entries, adjustments, {}, record, through, berlin);
+
+  // Any instant of the day marks it; a day outside the range, or a day
+  // listed twice, changes nothing else. Worked time and bookings stay.
+  const std::vector<Date> holidays{tuesday + 23 * hour, at(berlin, 2026, 2, 1), tuesday};
+  const auto days = TimeBankCalculator::dayBalances(entries, adjustments, {}, record, through, berlin, holidays);
+  ASSERT_EQ(days.size(), 3u);
+  EXPECT_EQ(days[0], plain[0]);
+  EXPECT_EQ(days[1], (DayBalance{tuesday, 2 * hour, 1'800, 0}));
+  EXPECT_EQ(days[2], plain[2]);
+  EXPECT_EQ(TimeBankCalculator::balanceSeconds(entries, adjustments, {}, record, through, berlin, holidays),
+            TimeBankCalculator::balanceSeconds(entries, adjustments, {}, record, through, berlin) + 8 * hour);
+  // No holidays is the rule of the schedules alone.
+  EXPECT_EQ(TimeBankCalculator::dayBalances(entries, adjustments, {}, record, through, berlin, {}), plain);
+}
+
 TEST(TimeBankCalculator, SchedulePrecedenceAndClampedMinutes) {
   const auto berlin = *Calendar::make("Europe/Berlin");
   const Date sunday = at(berlin, 2026, 3, 8);

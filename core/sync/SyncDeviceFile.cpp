@@ -37,6 +37,19 @@ std::string SyncDeviceFile::encodedJSON() const {
   writer.endArray();
   writer.key("device");
   writer.string(device.uuidString());
+  writer.key("holidays");
+  writer.beginArray();
+  for (const auto& holiday : holidays) {
+    writer.beginObject();
+    writer.key("day");
+    writer.string(holiday.day);
+    writer.key("name");
+    writer.string(holiday.name);
+    writer.key("uid");
+    writer.string(holiday.uid);
+    writer.endObject();
+  }
+  writer.endArray();
   writer.key("name");
   writer.string(name);
   writer.key("writtenAt");
@@ -47,8 +60,10 @@ std::string SyncDeviceFile::encodedJSON() const {
 
 SyncDeviceFile SyncDeviceFile::decodeJSON(std::string_view json) {
   using JsonReader::requiredKey;
+  using JsonReader::optionalKey;
   static constexpr JsonReader::Key keys[] = {requiredKey("deletions"), requiredKey("device"), requiredKey("name"),
-                                             requiredKey("writtenAt")};
+                                             requiredKey("writtenAt"), optionalKey("holidays")};
+  static constexpr JsonReader::Key holidayKeys[] = {requiredKey("day"), requiredKey("name"), requiredKey("uid")};
   static constexpr JsonReader::Key deletionKeys[] = {requiredKey("deletedAt"), requiredKey("id"),
                                                      requiredKey("type")};
   return JsonReader::parse(json, [](value& root) {
@@ -71,7 +86,22 @@ SyncDeviceFile SyncDeviceFile::decodeJSON(std::string_view json) {
           break;
         case 1: file.device = JsonReader::uuid(field, at); break;
         case 2: file.name = std::string(JsonReader::string(field, at)); break;
-        default: file.writtenAt = instant(field, at); break;
+        case 3: file.writtenAt = instant(field, at); break;
+        default:
+          JsonReader::forEachElement(field, at, [&](value& element, const JsonReader::Path& elementAt) {
+            HolidayList::Entry holiday;
+            JsonReader::readObject(element, elementAt, holidayKeys,
+                                   [&](std::size_t member, value& item, const JsonReader::Path& itemAt) {
+                                     std::string text(JsonReader::string(item, itemAt));
+                                     switch (member) {
+                                       case 0: holiday.day = std::move(text); break;
+                                       case 1: holiday.name = std::move(text); break;
+                                       default: holiday.uid = std::move(text); break;
+                                     }
+                                   });
+            file.holidays.push_back(std::move(holiday));
+          });
+          break;
       }
     });
     return file;

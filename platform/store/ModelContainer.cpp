@@ -542,6 +542,21 @@ std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry>
   }
 }
 
+std::int64_t ModelContainer::addHolidays(std::span<const HolidayList::Entry> entries) {
+  beginWriting();
+  try {
+    const std::int64_t added = holidays_.add(entries);
+    commitWriting();
+    return added;
+  } catch (const StoreError& error) {
+    abandonWriting();
+    throw StoreError(error.code() == Code::busy ? Code::busy : Code::saveFailed, error.what());
+  } catch (...) {
+    abandonWriting();
+    throw;
+  }
+}
+
 void ModelContainer::beginReading() {
   if (database_.isInTransaction()) return;
   database_.execute("BEGIN");  // deferred: the first read takes the snapshot

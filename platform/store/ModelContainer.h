@@ -29,6 +29,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/store/HolidayList.h"
 #include "platform/store/ModelConfiguration.h"
 #include "platform/store/SQLiteDatabase.h"
 #include "platform/store/SQLiteStatement.h"
@@ -95,6 +96,12 @@ class ModelContainer {
   /// before `forgetBefore`; returns how many were new or later. Throws
   /// StoreError(busy, saveFailed or readOnly).
   std::int64_t absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore);
+
+  /// The public holidays kept in the store (see HolidayList).
+  std::vector<HolidayList::Entry> holidays() const { return holidays_.entries(); }
+  /// In one transaction: adds each of `entries` not kept yet; returns how
+  /// many were new. Throws StoreError(busy, saveFailed or readOnly).
+  std::int64_t addHolidays(std::span<const HolidayList::Entry> entries);
 
  private:
   friend class ModelContext;
@@ -166,6 +173,7 @@ class ModelContainer {
   std::vector<EntityStore> entities_;  // one per schema entity, in schema order
   DeletionLog deletions_{database_, configuration_.schema.entities};
   UndoJournal journal_{database_, configuration_.schema.entities, deletions_};
+  HolidayList holidays_{database_};
   bool isReadOnly_ = false;
   std::uint64_t savesCommitted_ = 0;
   /// Whether the open transaction is beginReading's.

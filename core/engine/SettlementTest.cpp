@@ -1,0 +1,171 @@
+#include "core/engine/Settlement.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "core/engine/DayKey.h"
+#include "core/ledger/BalanceAdjustment.h"
+#include "core/ledger/WorkEntry.h"
+#include "core/persistence/QuillmontPersistence.h"
+#include "platform/store/ModelContainer.h"
+
+namespace quillmont {
+namespace {
+
+constexpr double hour = 3600.0;
+
+class SettlementTest : public ::testing::Test {
+ protected:
+  SettlementTest()
+      : calendar_(*Calendar::make("Europe/Berlin")),
+        context_(QuillmontPersistence::makeContainer(true, true, false)),
+        settings_(std::make_shared<TimeBankSettings>()) {
+    settings_->setCalculationStartDate(day(2026, 3, 2));  // a Monday
+    const std::array<std::int64_t, 7> week{480, 480, 480, 480, 480, 0, 0};
+    settings_->setWeekdayMinutes(week);
+    context_.insert(settings_);
+    context_.save();
+  }
+
+  Date day(int year, int month, int number) const { return *calendar_.date(year, month, number); }
+
+  void work(Date start, Date end) {
+    context_.insert(std::make_shared<WorkEntry>(UUID::random(), start, end, 0, "", start, start));
+    context_.save();
+  }
+
+  std::vector<Settlement::Day> plan(Date first, Date last, const std::vector<Date>& holidays = {}) {
+    return Settlement::plan(context_, *settings_, first, last, holidays, calendar_);
+  }
+
+  Calendar calendar_;
+  ModelContext context_;
+  std::shared_ptr<TimeBankSettings> settings_;
+};
+
+TEST(Settlement, APartHoldsAtMostOneDayAndKeepsTheSign) {
+  EXPECT_TRUE(Settlement::parts(0).empty());
+  EXPECT_EQ(Settlement::parts(135), (std::vector<std::int64_t>{135}));
+  EXPECT_EQ(Settlement::parts(-1440), (std::vector<std::int64_t>{-1440}));
+  EXPECT_EQ(Settlement::parts(1500), (std::vector<std::int64_t>{1440, 60}));
+  EXPECT_EQ(Settlement::parts(-3000), (std::vector<std::int64_t>{-1440, -1440, -120}));
+  EXPECT_NE(Settlement::identifier("2026-03-02"), Settlement::identifier("2026-03-02", 1));
+  EXPECT_NE(Settlement::identifier("2026-03-02"), Settlement::identifier("2026-03-03"));
+  EXPECT_EQ(Settlement::note("2026-03-02"), "Settlement of 2026-03-02");
+}
+
+TEST_F(SettlementTest, BooksWorkedLessPlannedOncePerDay) {
+  const Date monday = day(2026, 3, 2);
+  const Date tuesday = day(2026, 3, 3);
+  const Date wednesday = day(2026, 3, 4);
+  work(monday + 8 * hour, monday + 18 * hour + 15 * 60 + 20);  // 10:15:20, rounds to 10:15
+  work(tuesday + 9 * hour, tuesday + 17 * hour);                // as planned
+  // Wednesday is a public holiday, Thursday nothing was worked.
+  const std::vector<Date> holidays{wednesday};
+
+  auto days = plan(monday, day(2026, 3, 5), holidays);
+  ASSERT_EQ(days.size(), 4u);
+  EXPECT_EQ(days[0].key, "2026-03-02");
+  EXPECT_EQ(days[0].minutes, 135);
+  EXPECT_EQ(days[1].minutes, 0);
+  EXPECT_FALSE(days[1].toSettle());
+  EXPECT_EQ(days[2].minutes, 0);
+  EXPECT_EQ(days[3].minutes, -480);
+  EXPECT_EQ(Settlement::settle(days, context_, Date::now()), 2u);
+
+  const auto bookings = context_.fetch<BalanceAdjustment>();
+  ASSERT_EQ(bookings.size(), 2u);
+  EXPECT_EQ(bookings[0]->id(), Settlement::identifier("2026-03-02"));
+  EXPECT_EQ(bookings[0]->date(), monday + 12 * hour);
+  EXPECT_EQ(bookings[0]->minutes(), 135);
+  EXPECT_EQ(bookings[0]->kindRawValue(), "manual");
+  EXPECT_EQ(bookings[0]->note(), "Settlement of 2026-03-02");
+
+  // Settled days stay settled, also after more work on them; a day that
+  // balanced to 0:00 is settled by the work added later.
+  work(monday + 19 * hour, monday + 20 * hour);
+  work(tuesday + 18 * hour, tuesday + 18.5 * hour);
+  days = plan(monday, day(2026, 3, 5), holidays);
+  EXPECT_TRUE(days[0].settledBefore);
+  EXPECT_EQ(days[1].minutes, 30);
+  EXPECT_TRUE(days[1].toSettle());
+  EXPECT_TRUE(days[3].settledBefore);
+  EXPECT_EQ(Settlement::settle(days, context_, Date::now()), 1u);
+  EXPECT_EQ(Settlement::settle(plan(monday, day(2026, 3, 5), holidays), context_, Date::now()), 0u);
+}
+
+TEST_F(SettlementTest, DaysBeforeTheCalculationStartAreNotSettled) {
+  const auto days = plan(day(2026, 2, 26), day(2026, 3, 2));
+  ASSERT_EQ(days.size(), 1u);
+  EXPECT_EQ(days[0].date, day(2026, 3, 2));
+  EXPECT_TRUE(plan(day(2026, 2, 1), day(2026, 2, 28)).empty());
+}
+
+TEST_F(SettlementTest, ADayOfMoreThanADaysDifferenceIsSplit) {
+  // The night daylight saving ends is a Sunday of 25 hours, nothing planned.
+  const Date sunday = day(2026, 10, 25);
+  work(sunday, day(2026, 10, 26));
+  const auto days = plan(sunday, sunday);
+  ASSERT_EQ(days.size(), 1u);
+  EXPECT_EQ(days[0].minutes, 1500);
+  EXPECT_EQ(Settlement::settle(days, context_, Date::now()), 2u);
+  const auto bookings = context_.fetch<BalanceAdjustment>();
+  ASSERT_EQ(bookings.size(), 2u);
+  EXPECT_EQ(bookings[0]->minutes() + bookings[1]->minutes(), 1500);
+  EXPECT_EQ(bookings[1]->id(), Settlement::identifier("2026-10-25", 1));
+  EXPECT_TRUE(plan(sunday, sunday)[0].settledBefore);
+}
+
+TEST_F(SettlementTest, UnsettledCountsFromTheDayAfterTheLastSettledDay) {
+  const Date now = day(2026, 3, 12) + 10 * hour;  // a Thursday
+  EXPECT_EQ(Settlement::lastSettledDay(context_, calendar_), std::nullopt);
+  auto unsettled = Settlement::unsettled(context_, *settings_, now, {}, calendar_);
+  EXPECT_EQ(unsettled.minutes, -8 * 480);  // eight working days through Wednesday, today left out
+  EXPECT_EQ(unsettled.since, day(2026, 3, 2));
+
+  // A manual booking that is no settlement does not count as one.
+  context_.insert(std::make_shared<BalanceAdjustment>(UUID::random(), day(2026, 3, 10) + 9 * hour, 30, "",
+                                                      BalanceAdjustmentKind::manual, now, now));
+  Settlement::settle(plan(day(2026, 3, 2), day(2026, 3, 6)), context_, now);
+  EXPECT_EQ(Settlement::lastSettledDay(context_, calendar_), day(2026, 3, 6));
+  unsettled = Settlement::unsettled(context_, *settings_, now, {}, calendar_);
+  EXPECT_EQ(unsettled.minutes, -3 * 480);
+  EXPECT_EQ(unsettled.since, day(2026, 3, 9));
+
+  // A holiday on Tuesday; the rest settled: nothing left.
+  const std::vector<Date> holidays{day(2026, 3, 10)};
+  unsettled = Settlement::unsettled(context_, *settings_, now, holidays, calendar_);
+  EXPECT_EQ(unsettled.minutes, -2 * 480);
+  Settlement::settle(plan(day(2026, 3, 9), day(2026, 3, 11), holidays), context_, now);
+  unsettled = Settlement::unsettled(context_, *settings_, now, holidays, calendar_);
+  EXPECT_EQ(unsettled.minutes, 0);
+  EXPECT_EQ(unsettled.since, std::nullopt);
+}
+
+TEST_F(SettlementTest, ARecordedCountGoesOnFromItsLastDayAndIsDroppedByAnyChange) {
+  ModelContainer& container = *context_.container();
+  const Date thursday = day(2026, 3, 12) + 10 * hour;
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+  ASSERT_TRUE(container.metadata("settlement.unsettled"));
+
+  // A day later only Thursday is new.
+  const Date friday = thursday + 24 * hour;
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, calendar_).minutes, -9 * 480);
+  // A count is kept per zone and per holiday days; a recorded count
+  // reaching past today (the clock went back) is not used either.
+  const std::vector<Date> holidays{day(2026, 3, 2)};
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, holidays, calendar_).minutes, -8 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, *Calendar::make("Asia/Tokyo")).minutes, -9 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+
+  // Work on a day counted before changes the count.
+  Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
+  work(day(2026, 3, 3) + 8 * hour, day(2026, 3, 3) + 16 * hour);
+  const auto unsettled = Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
+  EXPECT_EQ(unsettled.minutes, -8 * 480);
+  EXPECT_EQ(unsettled.since, day(2026, 3, 2));
+}
+
+}  // namespace
+}  // namespace quillmont

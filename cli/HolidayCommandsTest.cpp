@@ -80,5 +80,25 @@ TEST(HolidayCommands, FilesThatAreNoCalendarAreRefused) {
   EXPECT_EQ(quillmont.run({"import-holidays", (quillmont.home() / "missing.ics").string()}).exitCode, 1);
 }
 
+TEST(HolidayCommands, EndlessStreamsAndForeignControlCharactersAreHandled) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2025-06-02"}).exitCode, 0);
+  // A stream without end is read up to a limit, then refused.
+  const auto endless = quillmont.run({"import-holidays", "/dev/zero"});
+  EXPECT_EQ(endless.exitCode, 1);
+  EXPECT_THAT(endless.err, HasSubstr("larger than"));
+
+  // A summary that would drive the terminal is shown, not obeyed.
+  std::string calendar = holidays;
+  calendar.replace(calendar.find("SUMMARY:Christmas"), 17, "SUMMARY:Christ\x1b[2Jmas\x1b]0;owned\x07");
+  const auto file = quillmont.home() / "hostile.ics";
+  std::ofstream(file) << calendar;
+  const auto shown = quillmont.run({"import-holidays", file.string(), "--dry-run"});
+  ASSERT_EQ(shown.exitCode, 0) << shown.err;
+  EXPECT_EQ(shown.out.find('\x1b'), std::string::npos);
+  EXPECT_EQ(shown.out.find('\x07'), std::string::npos);
+  EXPECT_THAT(shown.out, HasSubstr("Christ\\x1B[2Jmas"));
+}
+
 }  // namespace
 }  // namespace quillmont

@@ -289,7 +289,7 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
                                              : "running";
     table.addRow({Display::shortIdentifier(entry->id()), display.dateTime(entry->startedAt()), end,
                   Display::duration(static_cast<double>(entry->breakMinutes()) * 60.0), Display::duration(worked),
-                  entry->note()});
+                  Terminal::escaped(entry->note())});
   }
   if (count == 0) {
     Terminal::message("No work " + range + ".");

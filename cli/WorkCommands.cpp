@@ -60,7 +60,7 @@ Date timerInstant(StoreSession& session, const std::string& at) {
 
 void reportStart(StoreSession& session, Date at, const std::string& note) {
   Terminal::message("Timer started at " + Display(session.calendar()).time(at) +
-                    (note.empty() ? std::string() : " for \"" + note + "\"") + ".");
+                    (note.empty() ? std::string() : " for \"" + Terminal::escaped(note) + "\"") + ".");
 }
 
 void timerStart(const TimerOptions& options) {

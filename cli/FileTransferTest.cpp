@@ -50,7 +50,8 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
     EXPECT_NE(std::string(failure.what()).find(missing), std::string::npos);
   }
   EXPECT_THROW(FileTransfer::read(missing, FileTransfer::maximumArchiveBytes), CommandFailure);
-  EXPECT_THROW(FileTransfer::read(folder_.string(), FileTransfer::maximumArchiveBytes), CommandFailure);  // a folder is not a document
+  // A folder is not a document.
+  EXPECT_THROW(FileTransfer::read(folder_.string(), FileTransfer::maximumArchiveBytes), CommandFailure);
   EXPECT_EQ(fileCount(), 1u);
 }
 

@@ -436,7 +436,9 @@ void status() {
   } else {
     Terminal::print("Last exchange never");
   }
-  for (const auto& ignored : listing.ignored) Terminal::print(Terminal::escaped("Ignored       " + ignored.name + ": " + ignored.reason));
+  for (const auto& ignored : listing.ignored) {
+    Terminal::print(Terminal::escaped("Ignored       " + ignored.name + ": " + ignored.reason));
+  }
 }
 
 // Waits for the next reason to exchange: a save to this machine's store

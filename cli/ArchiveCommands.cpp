@@ -93,7 +93,7 @@ void importArchive(const ImportOptions& options) {
   // The text is let go as it is decoded, before the store is read.
   const TimeBankArchive archive = [&] {
     progress.show("Reading " + options.file + "...");
-    std::string bytes = FileTransfer::read(options.file);
+    std::string bytes = FileTransfer::read(options.file, FileTransfer::maximumArchiveBytes);
     progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
     return decoded(options.file, [&] { return TimeBankArchive::decodeJSON(std::move(bytes)); });
   }();
@@ -107,7 +107,7 @@ void importArchive(const ImportOptions& options) {
 void importLegacy(const ImportOptions& options) {
   ProgressLine progress;
   progress.show("Reading " + options.file + "...");
-  const std::string bytes = FileTransfer::read(options.file);
+  const std::string bytes = FileTransfer::read(options.file, FileTransfer::maximumArchiveBytes);
   progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
   const auto entries = decoded(options.file, [&] { return LegacyPrototypeImport::decode(bytes); });
 

@@ -242,7 +242,7 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
     const double seconds = static_cast<double>(adjustment->minutes()) * 60.0;
     table.addRow({Display::shortIdentifier(adjustment->id()), display.dateTime(adjustment->date()),
                   {Display::amount(seconds), Terminal::styleForAmount(seconds)}, adjustment->category().title,
-                  adjustment->note()});
+                  Terminal::escaped(adjustment->note())});
   }
   const auto balanceRow = [&](std::string label, std::string day, double seconds) {
     table.addRow({std::move(label), std::move(day), {Display::amount(seconds), Terminal::styleForAmount(seconds)}});

@@ -64,13 +64,25 @@ void preferLargePages(char* buffer, std::size_t size) {
 
 bool isStandardStream(std::string_view name) { return name.empty() || name == "-"; }
 
-std::string read(const std::string& name) {
+std::string read(const std::string& name, std::size_t limit) {
   const bool standardInput = isStandardStream(name);
-  const int descriptor = standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  const std::string label = standardInput ? std::string("standard input") : name;
+  const int descriptor = standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
   if (descriptor < 0) fail("cannot open", name, errno);
+  const auto tooLarge = [&] {
+    if (!standardInput) ::close(descriptor);
+    throw CommandFailure("cannot read " + label + ": it is larger than " + std::to_string(limit >> 20) +
+                         " MB, more than such a file ever holds");
+  };
   struct stat status {};
   std::size_t expected = 0;
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) expected = static_cast<std::size_t>(status.st_size);
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (static_cast<std::uintmax_t>(status.st_size) > limit) tooLarge();
+    expected = static_cast<std::size_t>(status.st_size);
+  } else if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
+    if (!standardInput) ::close(descriptor);
+    throw CommandFailure("cannot read " + label + ": it is a folder");
+  }
   // A regular file's text is read straight into the string, which keeps the
   // JSON parser's padding spare after it, so the parser reads it in place.
   // Anything after that (standard input, a file that grew) comes through
@@ -90,10 +102,11 @@ std::string read(const std::string& name) {
       if (errno == EINTR) continue;
       const int error = errno;
       if (!standardInput) ::close(descriptor);
-      fail("cannot read", standardInput ? std::string("standard input") : name, error);
+      fail("cannot read", label, error);
     }
     if (!direct) contents.append(buffer, static_cast<std::size_t>(count));
     length += static_cast<std::size_t>(count);
+    if (length > limit) tooLarge();  // a stream without a size, or a file that grew
   }
   if (!standardInput) ::close(descriptor);
   contents.resize(length);  // a file that shrank while it was read

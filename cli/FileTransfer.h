@@ -7,15 +7,27 @@
 // replaced keeps its permissions. Failures throw CommandFailure naming the file.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace quillmont::FileTransfer {
 
+/// The most a whole document may hold, checked before it is read: an
+/// archive at every list's limit is about 60 MB.
+inline constexpr std::size_t maximumArchiveBytes = std::size_t{256} << 20;
+/// A machine's device file in a sync folder (its deletions of 400 days).
+inline constexpr std::size_t maximumDeviceFileBytes = std::size_t{32} << 20;
+/// An iCalendar file of holidays.
+inline constexpr std::size_t maximumCalendarBytes = std::size_t{16} << 20;
+
 bool isStandardStream(std::string_view name);
 
-/// The whole file, or all of standard input for "-".
-std::string read(const std::string& name);
+/// The whole file, or all of standard input for "-", when it holds at most
+/// `limit` bytes: a larger file is refused before it is read, and a stream
+/// without a size (a pipe, a device) is read up to the limit and refused
+/// there. Throws CommandFailure naming the file.
+std::string read(const std::string& name, std::size_t limit);
 /// The document to standard output for "" or "-", else atomically to the file.
 void write(const std::string& name, std::string_view contents);
 void writeAtomically(const std::string& path, std::string_view contents);

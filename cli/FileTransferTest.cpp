@@ -38,7 +38,7 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
   const std::string path = (folder_ / "ledger.json").string();
   FileTransfer::writeAtomically(path, "first version, longer than the second");
   FileTransfer::writeAtomically(path, "second");
-  EXPECT_EQ(FileTransfer::read(path), "second");
+  EXPECT_EQ(FileTransfer::read(path, FileTransfer::maximumArchiveBytes), "second");
   EXPECT_EQ(fileCount(), 1u);
 
   // A folder that does not exist: nothing written, the error names the file.
@@ -49,8 +49,9 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
   } catch (const CommandFailure& failure) {
     EXPECT_NE(std::string(failure.what()).find(missing), std::string::npos);
   }
-  EXPECT_THROW(FileTransfer::read(missing), CommandFailure);
-  EXPECT_THROW(FileTransfer::read(folder_.string()), CommandFailure);  // a folder is not a document
+  EXPECT_THROW(FileTransfer::read(missing, FileTransfer::maximumArchiveBytes), CommandFailure);
+  // A folder is not a document.
+  EXPECT_THROW(FileTransfer::read(folder_.string(), FileTransfer::maximumArchiveBytes), CommandFailure);
   EXPECT_EQ(fileCount(), 1u);
 }
 
@@ -62,11 +63,11 @@ TEST_F(FileTransferTest, ReadsFilesAndPipesWhole) {
   for (int line = 0; text.size() < 300000; ++line) text += "line " + std::to_string(line) + '\n';
   const std::string path = (folder_ / "large.json").string();
   FileTransfer::writeAtomically(path, text);
-  const std::string read = FileTransfer::read(path);
+  const std::string read = FileTransfer::read(path, FileTransfer::maximumArchiveBytes);
   EXPECT_EQ(read, text);
   EXPECT_GE(read.capacity() - read.size(), JsonReader::padding);
   FileTransfer::writeAtomically(path, "");
-  EXPECT_EQ(FileTransfer::read(path), "");
+  EXPECT_EQ(FileTransfer::read(path, FileTransfer::maximumArchiveBytes), "");
 
   const std::string pipe = (folder_ / "pipe").string();
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -76,7 +77,7 @@ TEST_F(FileTransferTest, ReadsFilesAndPipesWhole) {
     std::fwrite(text.data(), 1, text.size(), stream);
     std::fclose(stream);
   });
-  const std::string piped = FileTransfer::read(pipe);
+  const std::string piped = FileTransfer::read(pipe, FileTransfer::maximumArchiveBytes);
   writer.join();
   EXPECT_EQ(piped, text);
 }

@@ -37,7 +37,7 @@ std::string outcomeText(const HolidayBookings::Plan& plan, bool dryRun) {
 }
 
 void importHolidays(const Options& options) {
-  const std::string text = FileTransfer::read(options.file);
+  const std::string text = FileTransfer::read(options.file, FileTransfer::maximumCalendarBytes);
   StoreSession session;
   // Recurring holidays repeat through the end of next year.
   const DateInput::Day today = session.today();
@@ -55,7 +55,7 @@ void importHolidays(const Options& options) {
   std::size_t count = 0;
   const Display display(session.calendar());
   for (const auto& plan : plans) {
-    table.addRow({display.weekday(plan.holiday.noon) + " " + plan.holiday.day, plan.holiday.name,
+    table.addRow({display.weekday(plan.holiday.noon) + " " + plan.holiday.day, Terminal::escaped(plan.holiday.name),
                   outcomeText(plan, options.dryRun)});
     if (plan.adds()) ++count;
     if (plan.outcome == HolidayBookings::Outcome::plannedTimeFreed) freed += plan.minutes;

@@ -118,7 +118,7 @@ TEST(HolidayCommands, HolidaysTravelWithSync) {
   ASSERT_EQ(office.run({"sync"}).exitCode, 0);
   const auto merged = laptop.run({"sync"});
   ASSERT_EQ(merged.exitCode, 0) << merged.err;
-  EXPECT_THAT(merged.out, HasSubstr("public holidays added 6"));
+  EXPECT_THAT(merged.out, HasSubstr("Added 6 public holidays."));
   EXPECT_THAT(laptop.run({"report", "--from", "2026-01-01", "--to", "2026-01-01"}).out,
               ContainsRegex("Thu 2026-01-01 New Year's Day +0:00 +\\+0:00 +0:00"));
   EXPECT_THAT(laptop.run({"import-holidays", file.string()}).err, HasSubstr("Nothing to add"));
@@ -132,6 +132,26 @@ TEST(HolidayCommands, FilesThatAreNoCalendarAreRefused) {
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_THAT(refused.err, HasSubstr("quillmont: "));
   EXPECT_EQ(quillmont.run({"import-holidays", (quillmont.home() / "missing.ics").string()}).exitCode, 1);
+}
+
+TEST(HolidayCommands, EndlessStreamsAndForeignControlCharactersAreHandled) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2025-06-02"}).exitCode, 0);
+  // A stream without end is read up to a limit, then refused.
+  const auto endless = quillmont.run({"import-holidays", "/dev/zero"});
+  EXPECT_EQ(endless.exitCode, 1);
+  EXPECT_THAT(endless.err, HasSubstr("larger than"));
+
+  // A summary that would drive the terminal is shown, not obeyed.
+  std::string calendar = holidays;
+  calendar.replace(calendar.find("SUMMARY:Christmas"), 17, "SUMMARY:Christ\x1b[2Jmas\x1b]0;owned\x07");
+  const auto file = quillmont.home() / "hostile.ics";
+  std::ofstream(file) << calendar;
+  const auto shown = quillmont.run({"import-holidays", file.string(), "--dry-run"});
+  ASSERT_EQ(shown.exitCode, 0) << shown.err;
+  EXPECT_EQ(shown.out.find('\x1b'), std::string::npos);
+  EXPECT_EQ(shown.out.find('\x07'), std::string::npos);
+  EXPECT_THAT(shown.out, HasSubstr("Christ\\x1B[2Jmas"));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "cli/Display.h"
 #include "cli/JsonOutput.h"
 #include "cli/StoreSession.h"
+#include "cli/SyncCommands.h"
 #include "cli/Terminal.h"
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/ManualLedgerMigration.h"
@@ -125,6 +126,7 @@ void doctor(bool json) {
                              (widgetDefaults.data(AppConstants::widgetSnapshotKey)
                                   ? (snapshot.isConfigured ? "" : " (shows the set-up message)")
                                   : " (none yet)"));
+  diagnosis.row("Folder sync", Terminal::escaped(SyncCommands::summary()));
   diagnosis.row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
                         " (stores are never synchronised here)");
 

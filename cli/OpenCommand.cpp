@@ -19,7 +19,7 @@ namespace {
 
 void open(const std::string& url) {
   const auto route = AppRoute::fromURL(url);
-  if (!route) throw UsageError("'" + url + "' is not a Quillmont link (try quillmont://overview)");
+  if (!route) throw UsageError("'" + Terminal::escaped(url) + "' is not a Quillmont link (try quillmont://overview)");
   StoreSession session;
   switch (route->value()) {
     case AppRoute::overview:

@@ -16,4 +16,9 @@ namespace quillmont::SyncCommands {
 
 void install(CommandSet& commands);
 
+/// One line on the folder sync for `doctor`: the folder, this machine, the
+/// machines seen, files left aside and the last exchange; or that it is not
+/// set up. Reads only this machine's sync settings and state.
+std::string summary();
+
 }  // namespace quillmont::SyncCommands

@@ -15,7 +15,11 @@ constexpr std::size_t identifierLength = 36;
 
 std::optional<UUID> deviceOf(std::string_view name, std::string_view suffix) {
   if (name.size() != identifierLength + suffix.size() || !name.ends_with(suffix)) return std::nullopt;
-  return UUID::parse(name.substr(0, identifierLength));
+  // Exactly as written: a twin in other case (on a file system that keeps
+  // both) must not stand in for the real file.
+  auto device = UUID::parse(name.substr(0, identifierLength));
+  if (!device || device->uuidString() != name.substr(0, identifierLength)) return std::nullopt;
+  return device;
 }
 
 }  // namespace
@@ -42,6 +46,9 @@ std::optional<std::string> ignoredBecause(std::string_view name) {
                                 name.find(deviceSuffix) != std::string_view::npos)) {
     return "being written";
   }
+  if (name.size() == identifierLength + ledgerSuffix.size() || name.size() == identifierLength + deviceSuffix.size()) {
+    if (UUID::parse(name.substr(0, identifierLength))) return "not named exactly as Quillmont names its files";
+  }
   return "not a Quillmont file";
 }
 
@@ -67,8 +74,9 @@ Listing list(const std::filesystem::path& folder) {
 std::string stamp(const std::filesystem::path& file) {
   struct stat status {};
   if (::stat(file.c_str(), &status) != 0) return {};
+  // The mode too: a file made readable again is read again.
   return std::to_string(status.st_size) + "@" + std::to_string(status.st_mtim.tv_sec) + "." +
-         std::to_string(status.st_mtim.tv_nsec);
+         std::to_string(status.st_mtim.tv_nsec) + ":" + std::to_string(status.st_mode & 07777);
 }
 
 std::string stamp(const DeviceFiles& files) {

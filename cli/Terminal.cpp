@@ -60,6 +60,29 @@ Style styleForAmount(double value) {
   return Style::plain;
 }
 
+std::string escaped(std::string_view text) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x20 || byte == 0x7F) {
+      result += "\\x";
+      result += digits[byte >> 4];
+      result += digits[byte & 0xF];
+    } else if (byte == 0xC2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0x80 &&
+               static_cast<unsigned char>(text[at + 1]) <= 0x9F) {
+      const auto control = static_cast<unsigned char>(text[++at]);  // U+0080 ... U+009F in UTF-8
+      result += "\\u00";
+      result += digits[control >> 4];
+      result += digits[control & 0xF];
+    } else {
+      result += static_cast<char>(byte);
+    }
+  }
+  return result;
+}
+
 void print(std::string_view line) {
   std::cout << line << '\n';
 }

@@ -25,6 +25,13 @@ std::string styled(std::string_view text, Style style);
 /// The style for a signed amount: positive above zero, negative below, plain at zero.
 Style styleForAmount(double value);
 
+/// `text` as it may be shown on a terminal when it comes from elsewhere
+/// (another machine's name, a note or holiday from a file, a typed link):
+/// control characters, which a terminal would obey (move the cursor, clear
+/// the screen, set the title), are written as visible escapes instead:
+/// "\x1B" for C0 controls and DEL, "\u009B" for C1 controls.
+std::string escaped(std::string_view text);
+
 /// One line of data on standard output.
 void print(std::string_view line);
 /// Data on standard output as it is (lines end in their own line feeds).

@@ -104,7 +104,7 @@ void startTimer(StoreSession& session, Date at, const std::string& note, bool fo
   TimerSessionController::start(session.context(), at, note);
   const auto started = TimerSessionController::runningEntry(session.context(), session.now());
   Terminal::message("Timer started at " + Display(session.calendar()).time(at) +
-                    (started->note().empty() ? std::string() : " for \"" + started->note() + "\"") + ": work " +
+                    (started->note().empty() ? std::string() : " for \"" + Terminal::escaped(started->note()) + "\"") + ": work " +
                     Display::shortIdentifier(started->id()) + ", " + described(*started, session) + ".");
 }
 
@@ -348,7 +348,7 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
                                              : "running";
     table.addRow({Display::shortIdentifier(entry->id()), display.dateTime(entry->startedAt()), end,
                   Display::duration(static_cast<double>(entry->breakMinutes()) * 60.0), Display::duration(worked),
-                  entry->note()});
+                  Terminal::escaped(entry->note())});
   }
   if (shown.empty()) {
     Terminal::message("No work " + range + ".");

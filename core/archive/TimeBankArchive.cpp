@@ -613,7 +613,8 @@ void TimeBankArchive::validate() const {
   }
 }
 
-TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date now, RunningEntries running) const {
+TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date now, RunningEntries running,
+                                                  bool saveChanges) const {
   validate();
   const auto storedEntries = context.fetch<WorkEntry>();
   const auto storedAdjustments = context.fetch<BalanceAdjustment>();
@@ -735,7 +736,7 @@ TimeBankArchiveMergeResult TimeBankArchive::merge(ModelContext& context, Date no
   const std::shared_ptr<TimeBankSettings> reconciledSettings =
       DataStoreMaintenance::reconcileConfiguration(context, calendar, now, false);
   ManualLedgerMigration::reconcile(context, *reconciledSettings, calendar, now, false);
-  context.save();
+  if (saveChanges) context.save();
   return result;
 }
 

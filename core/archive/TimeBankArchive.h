@@ -149,9 +149,13 @@ struct TimeBankArchive {
   /// With `RunningEntries::keepRunning` a running entry stays running
   /// instead (copies of one store kept in step, where the timer's own
   /// repair then leaves the earliest of several running entries).
+  ///
+  /// With `saveChanges` false nothing is saved: the caller saves the merge
+  /// together with more changes, or rolls it back.
   enum class RunningEntries { closeAtExport, keepRunning };
   TimeBankArchiveMergeResult merge(ModelContext& context, Date now,
-                                   RunningEntries running = RunningEntries::closeAtExport) const;
+                                   RunningEntries running = RunningEntries::closeAtExport,
+                                   bool saveChanges = true) const;
 
   /// What merge() into `context` at `now` would count, worked out from the
   /// stored records' identifiers and modification times alone: nothing in

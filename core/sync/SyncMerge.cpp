@@ -11,6 +11,7 @@
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 #include "core/ledger/QuickActionConfiguration.h"
+#include "core/ledger/RecordTimestampValidation.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "core/ledger/WorkEntry.h"
 #include "core/ledger/WorkSchedule.h"
@@ -104,27 +105,94 @@ std::int64_t settleUntouchedSettings(ModelContext& context, TimeBankArchive& arc
 
 std::int64_t removeCovered(ModelContext& context, const Coverage& coverage) {
   if (coverage.empty()) return 0;
-  const std::int64_t deleted = deleteCovered<WorkEntry>(context, coverage) +
-                               deleteCovered<BalanceAdjustment>(context, coverage) +
-                               deleteCovered<WorkSchedule>(context, coverage) +
-                               deleteCovered<TimeBankSettings>(context, coverage);
-  context.save();
-  return deleted;
+  return deleteCovered<WorkEntry>(context, coverage) + deleteCovered<BalanceAdjustment>(context, coverage) +
+         deleteCovered<WorkSchedule>(context, coverage) + deleteCovered<TimeBankSettings>(context, coverage);
+}
+
+struct TimerSeen {
+  UUID id;
+  Date startedAt;
+  std::string note;
+  bool ranHere = false;
+};
+
+// The timers that may run after the merge: those running here and those
+// running in the archive, each unless its other copy, newer, has ended.
+std::vector<TimerSeen> timersBefore(ModelContext& context, const TimeBankArchive& archive) {
+  std::vector<TimerSeen> timers;
+  std::map<UUID, std::shared_ptr<WorkEntry>> stored;
+  for (const auto& entry : context.fetch<WorkEntry>()) {
+    stored.emplace(entry->id(), entry);
+    if (entry->isRunning()) timers.push_back({entry->id(), entry->startedAt(), entry->note(), true});
+  }
+  for (const auto& record : archive.workEntries) {
+    if (record.endedAt) continue;
+    if (stored.contains(record.id)) continue;  // the same timer, or one ended here
+    timers.push_back({record.id, record.startedAt, record.note, false});
+  }
+  return timers;
+}
+
+// Which of `before` the timer's repair removed, and which one runs on; a
+// note of a removed timer goes to the running one when that has none.
+void noteEndedTimers(ModelContext& context, const std::vector<TimerSeen>& before, Date now, Result& result) {
+  if (before.size() < 2) return;
+  std::map<UUID, std::shared_ptr<WorkEntry>> after;
+  std::shared_ptr<WorkEntry> running;
+  for (const auto& entry : context.fetch<WorkEntry>()) {
+    after.emplace(entry->id(), entry);
+    if (entry->isRunning()) running = entry;
+  }
+  if (!running) return;
+  for (const auto& timer : before) {
+    if (after.contains(timer.id)) continue;
+    result.endedTimers.push_back({timer.startedAt, timer.note, timer.ranHere});
+  }
+  if (result.endedTimers.empty()) return;
+  const auto kept = std::find_if(before.begin(), before.end(), [&](const auto& timer) { return timer.id == running->id(); });
+  result.keptTimer = RunningTimer{running->startedAt(), kept != before.end() && kept->ranHere};
+  if (running->note().empty()) {
+    for (const auto& ended : result.endedTimers) {
+      if (ended.note.empty()) continue;
+      running->setNote(ended.note);
+      running->setModifiedAt(now);  // so the note travels too
+      result.noteMoved = true;
+      break;
+    }
+  }
 }
 
 }  // namespace
 
 std::int64_t applyDeletions(ModelContext& context) {
-  return removeCovered(context, coverageOf(context.container()->deletions()));
+  const std::int64_t deleted = removeCovered(context, coverageOf(context.container()->deletions()));
+  context.save();
+  return deleted;
 }
 
 Result merge(ModelContext& context, TimeBankArchive archive, const std::vector<DeletionLog::Entry>& deletions,
-             Date now) {
+             Date now, bool saveChanges) {
   archive.validate();
   Result result;
   const Date forgetBefore = now.addingTimeInterval(-86400.0 * static_cast<double>(deletionRetentionDays));
-  result.deletionsLearnt = context.container()->absorbDeletions(deletions, forgetBefore);
-  const Coverage coverage = coverageOf(context.container()->deletions());
+  // A deletion dated ahead would win over every change until then.
+  std::vector<DeletionLog::Entry> incoming;
+  incoming.reserve(deletions.size());
+  for (auto deletion : deletions) {
+    deletion.deletedAt = RecordTimestampValidation::normalizedModifiedAt(deletion.deletedAt, now);
+    if (deletion.deletedAt >= forgetBefore) incoming.push_back(std::move(deletion));
+  }
+  std::vector<DeletionLog::Entry> known = context.container()->deletions();
+  known.insert(known.end(), context.pendingDeletions().begin(), context.pendingDeletions().end());
+  const Coverage before = coverageOf(known);
+  for (const auto& deletion : incoming) {
+    const auto found = before.find(std::pair{deletion.entity, deletion.id});
+    if (found == before.end() || found->second < deletion.deletedAt) ++result.deletionsLearnt;
+  }
+  context.absorbDeletions(incoming, forgetBefore);
+  known.insert(known.end(), incoming.begin(), incoming.end());
+  std::erase_if(known, [&](const DeletionLog::Entry& deletion) { return deletion.deletedAt < forgetBefore; });
+  const Coverage coverage = coverageOf(known);
   // Stored records first: the merge's repairs must not weigh a record that
   // is about to go (a deleted running entry would outrank a live one).
   result.recordsDeleted = removeCovered(context, coverage);
@@ -134,7 +202,10 @@ Result merge(ModelContext& context, TimeBankArchive archive, const std::vector<D
                           dropCovered(archive.schedules, WorkSchedule::entityName, coverage) +
                           dropCovered(archive.settings, TimeBankSettings::entityName, coverage);
   result.recordsSkipped += settleUntouchedSettings(context, archive);
-  result.merged = archive.merge(context, now, TimeBankArchive::RunningEntries::keepRunning);
+  const std::vector<TimerSeen> timers = timersBefore(context, archive);
+  result.merged = archive.merge(context, now, TimeBankArchive::RunningEntries::keepRunning, false);
+  noteEndedTimers(context, timers, now, result);
+  if (saveChanges) context.save();
   return result;
 }
 

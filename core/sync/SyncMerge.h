@@ -13,6 +13,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "core/archive/TimeBankArchive.h"
@@ -30,8 +32,27 @@ namespace SyncMerge {
 /// longer may bring back records deleted meanwhile.
 inline constexpr std::int64_t deletionRetentionDays = 400;
 
+/// A timer that ran here or in the archive and that the merge ended,
+/// because another one, started earlier, keeps running (one timer at a time).
+struct EndedTimer {
+  Date startedAt;
+  std::string note;
+  bool ranHere = false;  ///< in this store before the merge; else in the archive only
+};
+
+/// The timer that keeps running when the merge ended others.
+struct RunningTimer {
+  Date startedAt;
+  bool ranHere = false;
+};
+
 struct Result {
   TimeBankArchiveMergeResult merged;
+  /// Timers the merge ended, with the one that runs on; a note of an ended
+  /// timer moved to the running one when that had none (`noteMoved`).
+  std::vector<EndedTimer> endedTimers;
+  std::optional<RunningTimer> keptTimer;
+  bool noteMoved = false;
   /// Deletions that were new to this store (or later than the ones it had).
   std::int64_t deletionsLearnt = 0;
   /// Records removed because a deletion covers them.
@@ -42,13 +63,17 @@ struct Result {
 };
 
 /// Keeps `deletions` in the store (forgetting those older than the
-/// retention), removes the stored records they cover, then merges what of
-/// `archive` they do not cover, with the archive merge's maintenance. The
-/// archive is validated first: an invalid one throws TimeBankArchiveError
-/// and changes nothing. Store errors pass through. `context` must not be
-/// journaled: what a merge removes is not a person's deletion.
+/// retention; one dated more than five minutes after `now` counts as made
+/// `now`, as a record's modification does), removes the stored records they
+/// cover, then merges what of `archive` they do not cover, with the archive
+/// merge's maintenance. The archive is validated first: an invalid one
+/// throws TimeBankArchiveError and changes nothing. Store errors pass
+/// through. `context` must not be journaled: what a merge removes is not a
+/// person's deletion. With `saveChanges` false nothing is saved (the
+/// deletions wait in the context too), so that several merges become one
+/// save, or none.
 Result merge(ModelContext& context, TimeBankArchive archive, const std::vector<DeletionLog::Entry>& deletions,
-             Date now);
+             Date now, bool saveChanges = true);
 
 /// Removes the stored records that the store's deletions cover and saves;
 /// returns how many.

@@ -109,6 +109,55 @@ TEST_F(SyncMergeTest, AChangeAfterTheDeletionWinsOverIt) {
   EXPECT_EQ(revived->minutes(), 90);
 }
 
+TEST_F(SyncMergeTest, ADeletionDatedAheadCountsAsMadeNowAndALaterChangeWins) {
+  bookOnBoth(1, now - 600);
+  const std::vector<DeletionLog::Entry> hostile{
+      {std::string(BalanceAdjustment::entityName), id(1), now + 10 * 365 * 86400.0}};
+  SyncMerge::merge(laptop.context, office.archive(now), hostile, now);
+  ASSERT_EQ(laptop.find<BalanceAdjustment>(1), nullptr);
+  ASSERT_EQ(laptop.container->deletions().size(), 1u);
+  EXPECT_EQ(laptop.container->deletions()[0].deletedAt, now);
+
+  const auto edited = office.find<BalanceAdjustment>(1);  // changed after the deletion
+  edited->setMinutes(90);
+  edited->setModifiedAt(now + 30);
+  office.context.save();
+  laptop.mergeFrom(office, now + 60);
+  const auto revived = laptop.find<BalanceAdjustment>(1);
+  ASSERT_NE(revived, nullptr);
+  EXPECT_EQ(revived->minutes(), 90);
+}
+
+TEST_F(SyncMergeTest, AnUndoneActionTravelsLikeAnyChange) {
+  bookOnBoth(1, now - 600);
+  {
+    ModelContext own(office.container);
+    own.setUndoAction("edit");
+    own.fetch<BalanceAdjustment>()[0]->setNote("changed");
+    own.fetch<BalanceAdjustment>()[0]->setModifiedAt(now - 60);
+    own.save();
+  }
+  laptop.mergeFrom(office, now);
+  ASSERT_EQ(laptop.find<BalanceAdjustment>(1)->note(), "changed");
+  Date::ScopedClock later{now + 10};
+  ASSERT_TRUE(office.container->undoLastAction());
+  laptop.mergeFrom(office, now + 20);
+  EXPECT_EQ(laptop.find<BalanceAdjustment>(1)->note(), "lunch") << "the restored record is the newer one";
+
+  // Undoing an insertion logs it as a deletion, which then travels.
+  {
+    ModelContext own(office.container);
+    own.setUndoAction("book");
+    own.insert(std::make_shared<BalanceAdjustment>(id(2), now, 30, "", BalanceAdjustmentKind::manual, now, now));
+    own.save();
+  }
+  laptop.mergeFrom(office, now + 20);
+  ASSERT_NE(laptop.find<BalanceAdjustment>(2), nullptr);
+  ASSERT_TRUE(office.container->undoLastAction());
+  laptop.mergeFrom(office, now + 30);
+  EXPECT_EQ(laptop.find<BalanceAdjustment>(2), nullptr);
+}
+
 TEST_F(SyncMergeTest, UndoingADeletionForgetsIt) {
   bookOnBoth(1, now - 600);
   office.deleteByHand<BalanceAdjustment>(1);

@@ -43,9 +43,13 @@ OverrideFile readOverride(const std::filesystem::path& path) {
   if (std::filesystem::is_directory(path, error)) return {std::nullopt, "is a folder"};
   std::ifstream file(path, std::ios::binary);
   if (!file) return {std::nullopt, std::string("cannot be read: ") + std::strerror(errno)};
-  std::ostringstream contents;
-  contents << file.rdbuf();
-  auto entitlements = ProcessEntitlements::fromJSON(contents.str());
+  // A handful of keys: read at most a mebibyte, and refuse more.
+  constexpr std::streamsize limit = std::streamsize{1} << 20;
+  std::string contents(static_cast<std::size_t>(limit) + 1, '\0');
+  file.read(contents.data(), limit + 1);
+  if (file.gcount() > limit) return {std::nullopt, "is larger than a megabyte"};
+  contents.resize(static_cast<std::size_t>(file.gcount()));
+  auto entitlements = ProcessEntitlements::fromJSON(contents);
   if (!entitlements) return {std::nullopt, "is not a JSON object"};
   return {std::move(entitlements), std::nullopt};
 }

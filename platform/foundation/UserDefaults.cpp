@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <string>
 
 #include "platform/foundation/ContainerDirectories.h"
@@ -107,6 +108,13 @@ std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) c
   // folder fails at read().
   FileDescriptor file(::open(fileFor(key).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (file.get() < 0) return std::nullopt;
+  // An entry is small (a snapshot, a setting, sync state): anything larger
+  // than maximumEntryBytes is not one of ours and reads as absent, unread.
+  struct stat status {};
+  if (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+      static_cast<std::uintmax_t>(status.st_size) > maximumEntryBytes) {
+    return std::nullopt;
+  }
   std::string contents;
   std::array<char, 4096> buffer;
   for (;;) {
@@ -116,6 +124,7 @@ std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) c
       return std::nullopt;
     }
     contents.append(buffer.data(), static_cast<std::size_t>(count));
+    if (contents.size() > maximumEntryBytes) return std::nullopt;  // a device or a file that grew
     // A regular file returns less than asked only at its end: one call
     // reads a small entry whole.
     if (static_cast<std::size_t>(count) < buffer.size()) break;

@@ -12,6 +12,7 @@
 // be made answers false and leaves the old value.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -21,6 +22,9 @@ namespace quillmont {
 
 class UserDefaults {
  public:
+  /// The largest entry read (1 MiB); a larger file reads as no value.
+  static constexpr std::size_t maximumEntryBytes = std::size_t{1} << 20;
+
   /// The running program's standard preferences.
   static UserDefaults standard();
   /// The suite of an application group; nothing when the process's

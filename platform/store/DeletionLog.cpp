@@ -47,6 +47,21 @@ void DeletionLog::record(std::size_t entity, std::int64_t key, Date at, std::int
   statement.step();
 }
 
+void DeletionLog::recordRows(std::size_t entity, const std::string& keySelection, Date at) {
+  const EntityDescription& description = entities_[entity];
+  const bool hasIdentifier = std::any_of(description.attributes.begin(), description.attributes.end(),
+                                         [](const auto& attribute) { return attribute.name == idAttribute; });
+  if (!hasIdentifier) return;
+  createTable();
+  SQLiteStatement statement = database_.prepare("INSERT INTO " + quoted(table) + " (entity, id, deletedAt, entry) SELECT ?1, " +
+                                                quoted(idAttribute) + ", ?2, NULL FROM " + quoted(description.name) +
+                                                " WHERE _pk IN (" + keySelection + ")" + keepLater + ", entry = NULL");
+  statement.bind(1, description.name);
+  statement.bind(2, at);
+  while (statement.step()) {
+  }
+}
+
 void DeletionLog::forgetEntry(std::int64_t entry) {
   if (!tableExists()) return;
   SQLiteStatement statement = database_.prepare("DELETE FROM " + quoted(table) + " WHERE entry = ?1");

@@ -43,6 +43,11 @@ class DeletionLog {
   /// deletion of row `key` of the record type `entity` (an index into the
   /// schema's entities) at `at`, by journal entry `entry`.
   void record(std::size_t entity, std::int64_t key, Date at, std::int64_t entry);
+  /// Inside a write transaction, before the rows are deleted: logs the
+  /// deletion at `at` of the rows of the record type `entity` whose row key
+  /// is among `keySelection` (an SQL selection of row keys), for good: no
+  /// undo forgets it.
+  void recordRows(std::size_t entity, const std::string& keySelection, Date at);
   /// Inside a write transaction: forgets what journal entry `entry` logged.
   void forgetEntry(std::int64_t entry);
 

@@ -510,7 +510,7 @@ void ModelContainer::setMetadata(std::string_view key, std::string_view value) {
 std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
   beginWriting();
   try {
-    auto undone = journal_.undoLast();
+    auto undone = journal_.undoLast(Date::now());
     if (!undone) {
       commitTransaction();
       return std::nullopt;

@@ -17,7 +17,13 @@ bool ModelContext::Entity::isStale() {
   return owner.dataVersion() != loadedDataVersion;
 }
 
+void ModelContext::absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore) {
+  pendingDeletions_.insert(pendingDeletions_.end(), entries.begin(), entries.end());
+  forgetDeletionsBefore_ = forgetDeletionsBefore_ ? std::max(*forgetDeletionsBefore_, forgetBefore) : forgetBefore;
+}
+
 bool ModelContext::hasChanges() const {
+  if (forgetDeletionsBefore_) return true;
   return std::any_of(entities_.begin(), entities_.end(), [](const auto& entity) { return entity->hasChanges(); });
 }
 
@@ -48,6 +54,7 @@ void ModelContext::save() {
       if (entity->isObserved()) entity->notifyObserver(previous, previous + 1);
     }
     container_->journal_.end();
+    if (forgetDeletionsBefore_) container_->deletions_.absorb(pendingDeletions_, *forgetDeletionsBefore_);
     container_->commitWriting();
   } catch (const StoreError& error) {
     container_->journal_.end();
@@ -68,10 +75,14 @@ void ModelContext::save() {
     if (entity->loadedCommitCount == before) entity->loadedCommitCount = entity->store.commitCount;
     entity->didCommit();
   }
+  pendingDeletions_.clear();
+  forgetDeletionsBefore_.reset();
 }
 
 void ModelContext::rollback() {
   for (const auto& entity : entities_) entity->discardPending();
+  pendingDeletions_.clear();
+  forgetDeletionsBefore_.reset();
 }
 
 }  // namespace quillmont

@@ -20,6 +20,8 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -93,6 +95,13 @@ class ModelContext {
   /// `action` (see UndoJournal), so `ModelContainer::undoLastAction` can
   /// undo all of them at once. Saves before the call are not journaled.
   void setUndoAction(std::string action);
+
+  /// Keeps `entries` in the store's deletion log with the next save, in its
+  /// transaction (as DeletionLog::absorb: the later of two instants, and
+  /// deletions before `forgetBefore` forgotten). Until then they are pending.
+  void absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore);
+  /// The deletions absorbDeletions keeps for the next save.
+  const std::vector<DeletionLog::Entry>& pendingDeletions() const { return pendingDeletions_; }
 
   /// Whether anything was inserted, changed or deleted since the last save.
   bool hasChanges() const;
@@ -203,6 +212,8 @@ class ModelContext {
   std::vector<std::unique_ptr<Entity>> entities_;
   std::optional<std::string> undoAction_;
   std::string undoCommand_;
+  std::vector<DeletionLog::Entry> pendingDeletions_;
+  std::optional<Date> forgetDeletionsBefore_;
 };
 
 template <class Model>

@@ -7,6 +7,8 @@ namespace {
 
 constexpr std::string_view entriesTable = "_journal";
 constexpr std::string_view keyColumn = "_pk";
+// The attribute that tells copies of a record elsewhere which one is newer.
+constexpr std::string_view modifiedAtAttribute = "modifiedAt";
 
 std::string quoted(std::string_view name) { return SQLiteDatabase::quoted(name); }
 
@@ -124,7 +126,7 @@ std::optional<UndoJournal::Action> UndoJournal::last() const {
   return action;
 }
 
-std::optional<std::pair<UndoJournal::Action, std::vector<std::size_t>>> UndoJournal::undoLast() {
+std::optional<std::pair<UndoJournal::Action, std::vector<std::size_t>>> UndoJournal::undoLast(Date now) {
   const auto action = last();
   if (!action) return std::nullopt;
   std::vector<std::int64_t> entries;
@@ -136,13 +138,13 @@ std::optional<std::pair<UndoJournal::Action, std::vector<std::size_t>>> UndoJour
     while (select.step()) entries.push_back(select.columnInt64(0));
   }
   std::vector<std::size_t> changed;
-  for (const std::int64_t entry : entries) undoEntry(entry, changed);
+  for (const std::int64_t entry : entries) undoEntry(entry, changed, now);
   std::sort(changed.begin(), changed.end());
   changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
   return std::pair{*action, changed};
 }
 
-void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& changed) {
+void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& changed, Date now) {
   deletions_.forgetEntry(entry);
   const std::string key = quoted(keyColumn);
   for (std::size_t entity = 0; entity < entities_.size(); ++entity) {
@@ -158,8 +160,12 @@ void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& change
 
     // Every row must still be as the action left it: inserted and updated
     // rows equal to their image after the action, deleted rows still gone.
+    // The modification instant is not compared: an earlier undo marks what
+    // it restores as modified then, and a copy that came back from another
+    // machine with the same values is the same record.
     std::string same = "row." + key + " = image." + key;
     for (const auto& attribute : entities_[entity].attributes) {
+      if (attribute.name == modifiedAtAttribute) continue;
       same += " AND row." + quoted(attribute.name) + " IS image." + quoted(attribute.name);
     }
     const std::string unlike = " AND NOT EXISTS (SELECT 1 FROM " + table + " AS row WHERE " + same + ")";
@@ -173,8 +179,9 @@ void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& change
                            entities_[entity].name + " records changed since");
     }
 
-    database_.execute("DELETE FROM " + table + " WHERE " + key + " IN (SELECT image." + key +
-                      ofKind(Image::inserted) + ")");
+    const std::string insertedKeys = "SELECT image." + key + ofKind(Image::inserted);
+    deletions_.recordRows(entity, insertedKeys, now);
+    database_.execute("DELETE FROM " + table + " WHERE " + key + " IN (" + insertedKeys + ")");
     if (!entities_[entity].attributes.empty()) {
       database_.execute("UPDATE " + table + " AS row SET (" + attributeList(entity, "") + ") = (SELECT " +
                         attributeList(entity, "image.") + ofKind(Image::beforeUpdate) + " AND image." + key +
@@ -183,6 +190,17 @@ void UndoJournal::undoEntry(std::int64_t entry, std::vector<std::size_t>& change
     }
     database_.execute("INSERT INTO " + table + " (" + columnList(entity, "") + ") SELECT " +
                       columnList(entity, "image.") + ofKind(Image::beforeDelete));
+    const auto& attributes = entities_[entity].attributes;
+    if (std::any_of(attributes.begin(), attributes.end(),
+                    [](const auto& attribute) { return attribute.name == modifiedAtAttribute; })) {
+      SQLiteStatement touch = database_.prepare(
+          "UPDATE " + table + " SET " + quoted(modifiedAtAttribute) + " = ?1 WHERE " + key + " IN (SELECT image." +
+          key + ofEntry + " AND image._image IN (" + std::to_string(static_cast<std::int64_t>(Image::beforeUpdate)) +
+          ", " + std::to_string(static_cast<std::int64_t>(Image::beforeDelete)) + "))");
+      touch.bind(1, now);
+      while (touch.step()) {
+      }
+    }
     database_.execute("DELETE FROM " + journalTable(entity) + " WHERE _entry = " + std::to_string(entry));
     changed.push_back(entity);
   }

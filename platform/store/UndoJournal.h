@@ -67,7 +67,13 @@ class UndoJournal {
   /// nothing when the journal is empty. Throws StoreError(changedSince) when
   /// a row is no longer as the action left it (the transaction then has to
   /// be rolled back).
-  std::optional<std::pair<Action, std::vector<std::size_t>>> undoLast();
+  ///
+  /// An undo is a change like any other for copies of the store kept
+  /// elsewhere (see DeletionLog): the rows it brings back are marked as
+  /// modified `now` (their `modifiedAt` attribute, where the type has one),
+  /// so they win over the copies the action left elsewhere, and the rows it
+  /// removes are logged as deleted `now`.
+  std::optional<std::pair<Action, std::vector<std::size_t>>> undoLast(Date now);
 
  private:
   struct EntityStatements {
@@ -84,7 +90,7 @@ class UndoJournal {
   void forgetOldCommands();
   EntityStatements& statements(std::size_t entity);
   /// Undoes one save; adds the record types it changed to `changed`.
-  void undoEntry(std::int64_t entry, std::vector<std::size_t>& changed);
+  void undoEntry(std::int64_t entry, std::vector<std::size_t>& changed, Date now);
 
   SQLiteDatabase& database_;
   const std::vector<EntityDescription>& entities_;

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -23,7 +24,9 @@ namespace {
 
 WidgetReloadWatcher::WidgetReloadWatcher() {
   std::error_code error;
-  std::filesystem::create_directories(WidgetCenter::signalFolder(), error);
+  if (std::filesystem::create_directories(WidgetCenter::signalFolder(), error)) {
+    ::chmod(WidgetCenter::signalFolder().c_str(), 0700);  // private, whatever the umask
+  }
   inotify_ = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
   if (inotify_ < 0) failWithErrno("watching for widget reloads");
   if (::inotify_add_watch(inotify_, WidgetCenter::signalFolder().c_str(), IN_MOVED_TO | IN_CLOSE_WRITE) < 0) {

@@ -37,16 +37,19 @@ void paintButton(QPainter& painter, const PlacedItem& item, const WidgetPalette&
                        QRectF(item.frame.center() - QPointF(side / 2, side / 2), QSizeF(side, side)), symbol);
 }
 
+QPainterPath containerPath(QSizeF size) {
+  QPainterPath container;
+  container.addRoundedRect(QRectF(QPointF(0, 0), size), WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  return container;
+}
+
 }  // namespace
 
-void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
-           const WidgetPalette& palette) {
+void paintContainer(QPainter& painter, QSizeF size, const LinearGradient& background, const WidgetPalette& palette) {
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setRenderHint(QPainter::TextAntialiasing);
-  const QRectF bounds(QPointF(0, 0), layout.size());
-  QPainterPath container;
-  container.addRoundedRect(bounds, WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  const QRectF bounds(QPointF(0, 0), size);
+  const QPainterPath container = containerPath(size);
   painter.fillPath(container, palette.base);
   if (!background.colors.empty()) {
     const auto corner = [&](LinearGradient::Corner which) {
@@ -60,6 +63,16 @@ void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& 
     }
     painter.fillPath(container, gradient);
   }
+  painter.restore();
+}
+
+void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
+           const WidgetPalette& palette) {
+  paintContainer(painter, layout.size(), background, palette);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const QPainterPath container = containerPath(layout.size());
   painter.setClipPath(container);
 
   for (const PlacedItem& item : layout.items()) {

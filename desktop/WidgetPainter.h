@@ -20,6 +20,9 @@ namespace quillmont::WidgetPainter {
 void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
            const WidgetPalette& palette);
 
+/// The rounded container: the palette's base under the tree's gradient.
+void paintContainer(QPainter& painter, QSizeF size, const LinearGradient& background, const WidgetPalette& palette);
+
 /// A message over the bottom of the widget (an action's dialog).
 void paintMessage(QPainter& painter, QSizeF size, const QString& message, const WidgetPalette& palette);
 

@@ -1,7 +1,6 @@
 #include "desktop/DesktopCompositing.h"
 
 #include <QGuiApplication>
-#include <QString>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -41,14 +40,13 @@ bool compositingManagerOwnsSelection(xcb_connection_t* connection) {
 #endif
 
 bool ask() {
-  const QString platform = QGuiApplication::platformName();
-  // Every Wayland compositor composites.
-  if (platform.startsWith("wayland")) return true;
+  if (QGuiApplication::platformName() != "xcb") return true;
 #if defined(QUILLMONT_HAS_XCB) && QT_CONFIG(xcb)
-  if (const auto* x11 = qGuiApp != nullptr ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr) {
+  if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
     if (xcb_connection_t* connection = x11->connection()) return compositingManagerOwnsSelection(connection);
   }
 #endif
+  // An X server that cannot be asked: shaping costs only the corners' smoothing.
   return false;
 }
 

@@ -7,8 +7,9 @@
 namespace quillmont::DesktopCompositing {
 
 /// Asked of the platform once per process: on X11 whether the screen's
-/// `_NET_WM_CM_S<n>` selection has an owner; on Wayland always true; on
-/// any other platform (offscreen, a framebuffer) false.
+/// `_NET_WM_CM_S<n>` selection has an owner. Elsewhere true: every Wayland
+/// compositor composites, and a platform without a screen to look at
+/// (offscreen) has no corners to shape.
 bool isActive();
 
 }  // namespace quillmont::DesktopCompositing

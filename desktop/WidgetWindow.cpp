@@ -144,9 +144,14 @@ void WidgetWindow::keyPressEvent(QKeyEvent* event) {
   QWidget::keyPressEvent(event);
 }
 
-void WidgetWindow::resizeEvent(QResizeEvent* event) {
+void WidgetWindow::setComposited(bool composited) {
+  composited_ = composited;
   const QRegion shape = shapeFor(size(), composited_);
-  shape.isEmpty() ? clearMask() : setMask(shape);
+  if (shape != mask()) shape.isEmpty() ? clearMask() : setMask(shape);
+}
+
+void WidgetWindow::resizeEvent(QResizeEvent* event) {
+  setComposited(composited_);
   QWidget::resizeEvent(event);
 }
 

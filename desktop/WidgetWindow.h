@@ -48,6 +48,9 @@ class WidgetWindow final : public QWidget {
   /// Where the dialog stands; empty when none shows.
   QRectF messageFrame() const;
   bool isMessageTimerActive() const { return messageTimer_.isActive(); }
+  /// Whether a compositor draws the transparent corners (asked of the
+  /// desktop at first); without one the window is shaped.
+  void setComposited(bool composited);
   /// Runs a button's intent as a click on it does.
   void press(const PlacedItem& button);
 

@@ -233,8 +233,8 @@ TEST_F(WidgetWindowTest, TheDialogStandsAboveTheButtonsUntilReadOrDismissed) {
 TEST_F(WidgetWindowTest, WithoutACompositorTheWindowIsShapedToItsRoundedCorners) {
   EXPECT_TRUE(WidgetWindow::shapeFor(QSize(170, 170), true).isEmpty());
   setUp("0");
-  // The offscreen platform has no compositing manager.
   WidgetWindow& window = openWindow(WidgetFamily::systemSmall);
+  window.setComposited(false);
   const auto shapedTo = [&](QSize size) {
     const QRegion mask = window.mask();
     EXPECT_EQ(mask.boundingRect(), QRect(QPoint(0, 0), size));
@@ -251,6 +251,8 @@ TEST_F(WidgetWindowTest, WithoutACompositorTheWindowIsShapedToItsRoundedCorners)
   driver_->setFamily(WidgetFamily::systemMedium);
   ASSERT_EQ(window.size(), QSize(364, 170));
   shapedTo(window.size());
+  window.setComposited(true);
+  EXPECT_TRUE(window.mask().isEmpty());
 }
 
 TEST_F(WidgetWindowTest, ScreenReadersFindTheBalanceAndTheButtons) {

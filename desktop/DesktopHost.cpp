@@ -29,17 +29,36 @@ DesktopHost::DesktopHost(Options options, QObject* parent)
   connect(&single_, &SingleInstance::messageReceived, this, [this](const QString& message) {
     if (message.startsWith(openMessagePrefix)) openLink(message.mid(static_cast<qsizetype>(strlen(openMessagePrefix))));
   });
-  if (options_.usesTray && QSystemTrayIcon::isSystemTrayAvailable()) {
-    tray_ = std::make_unique<TrayIcon>(driver_);
-    connect(tray_.get(), &TrayIcon::showWidgetRequested, this, [this] { showWidget(); });
-    connect(tray_.get(), &TrayIcon::openRequested, this, [this] { openLink(QString::fromStdString(AppRoute(AppRoute::overview).url())); });
-    connect(tray_.get(), &TrayIcon::quitRequested, qApp, &QCoreApplication::quit);
-    tray_->show();
-  }
+  takeOver_.setInterval(takeOverMilliseconds);
+  connect(&takeOver_, &QTimer::timeout, this, [this] {
+    if (single_.listen()) {
+      takeOver_.stop();
+      showTray();
+    }
+  });
   if (options_.showsWidget) showWidget();
 }
 
 DesktopHost::~DesktopHost() = default;
+
+bool DesktopHost::listen() {
+  if (single_.listen()) {
+    showTray();
+    return true;
+  }
+  if (options_.usesTray) takeOver_.start();
+  return false;
+}
+
+void DesktopHost::showTray() {
+  if (tray_ || !options_.usesTray || !options_.trayAvailable()) return;
+  tray_ = std::make_unique<TrayIcon>(driver_);
+  connect(tray_.get(), &TrayIcon::showWidgetRequested, this, [this] { showWidget(); });
+  connect(tray_.get(), &TrayIcon::openRequested, this,
+          [this] { openLink(QString::fromStdString(AppRoute(AppRoute::overview).url())); });
+  connect(tray_.get(), &TrayIcon::quitRequested, qApp, &QCoreApplication::quit);
+  tray_->show();
+}
 
 void DesktopHost::showWidget() {
   if (!widgetWindow_) {
@@ -68,9 +87,12 @@ void DesktopHost::showWidget() {
     if (const auto placement = WindowPlacement::load(options_.instance)) {
       widgetWindow_->move(placement->position);
     } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-      // A new widget starts near the top-right corner of the screen.
-      const QRect area = screen->availableGeometry();
-      widgetWindow_->move(area.right() - widgetWindow_->width() - 24, area.top() + 24);
+      // A new widget starts near the top-right corner of the screen, clear
+      // of the other widgets, and keeps that place, so that the next new
+      // one finds it taken.
+      const QPoint place = WindowPlacement::placeNew(options_.instance, widgetWindow_->size(), screen->availableGeometry());
+      widgetWindow_->move(place);
+      WindowPlacement{place, driver_.family()}.save(options_.instance);
     }
   }
   widgetWindow_->show();

@@ -12,10 +12,13 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "cli/testing/CommandRunner.h"
 #include "desktop/QuillmontWindow.h"
+#include "desktop/TrayIcon.h"
+#include "desktop/WidgetWindow.h"
 
 namespace quillmont {
 namespace {
@@ -67,6 +70,37 @@ TEST(DesktopHost, ALinkOpenedElsewhereRaisesThisProgramsWindowAtItsPage) {
   EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::overview));
   zone.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone.c_str(), 1);
   ::tzset();
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+TEST(DesktopHost, SeveralWidgetsShareOneTrayIconAndOpenApartTheFirstTime) {
+  CommandRunner scratch;
+  scratch.shareStoreWithThisProcess();
+  const auto options = [](WidgetFamily family, const QString& instance) {
+    DesktopHost::Options withTray{family, instance, true, true};
+    withTray.trayAvailable = [] { return true; };
+    return withTray;
+  };
+  auto first = std::make_unique<DesktopHost>(options(WidgetFamily::systemMedium, "first"));
+  DesktopHost second(options(WidgetFamily::systemSmall, "second"));
+  EXPECT_TRUE(first->listen());
+  EXPECT_FALSE(second.listen());
+  EXPECT_NE(first->trayIcon(), nullptr);
+  EXPECT_EQ(second.trayIcon(), nullptr);
+  ASSERT_NE(first->widgetWindow(), nullptr);
+  ASSERT_NE(second.widgetWindow(), nullptr);
+  EXPECT_FALSE(first->widgetWindow()->frameGeometry().intersects(second.widgetWindow()->frameGeometry()));
+  // A third instance started later finds both places taken.
+  DesktopHost third(options(WidgetFamily::systemSmall, "third"));
+  EXPECT_FALSE(third.widgetWindow()->frameGeometry().intersects(first->widgetWindow()->frameGeometry()));
+  EXPECT_FALSE(third.widgetWindow()->frameGeometry().intersects(second.widgetWindow()->frameGeometry()));
+
+  // When the instance with the icon quits, one of the others takes it over.
+  first.reset();
+  EXPECT_TRUE(waitFor([&] { return second.trayIcon() != nullptr || third.trayIcon() != nullptr; },
+                      3 * DesktopHost::takeOverMilliseconds));
+  EXPECT_FALSE(second.trayIcon() != nullptr && third.trayIcon() != nullptr);
   ::unsetenv("QUILLMONT_HOME");
   ::unsetenv("QUILLMONT_ENTITLEMENTS");
 }

@@ -43,17 +43,18 @@ bool SingleInstance::sendToRunning(const QString& message) {
 }
 
 bool SingleInstance::listen() {
-  server_.setSocketOptions(QLocalServer::UserAccessOption);
-  if (server_.listen(serverName())) return true;
-  // A name left by a program that died: nobody answers on it.
-  if (server_.serverError() == QAbstractSocket::AddressInUseError) {
+  if (server_.isListening()) return true;
+  // Qt puts a socket with access options in place by renaming it over any
+  // file of that name, a running instance's socket too: ask first whether
+  // one answers. A name left by a program that died answers nobody.
+  {
     QLocalSocket probe;
     probe.connectToServer(serverName());
     if (probe.waitForConnected(timeoutMilliseconds)) return false;
-    QLocalServer::removeServer(serverName());
-    return server_.listen(serverName());
   }
-  return false;
+  QLocalServer::removeServer(serverName());
+  server_.setSocketOptions(QLocalServer::UserAccessOption);
+  return server_.listen(serverName());
 }
 
 }  // namespace quillmont

@@ -4,6 +4,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
+#include <algorithm>
 #include <cmath>
 
 #include "desktop/SymbolPainter.h"
@@ -37,16 +38,19 @@ void paintButton(QPainter& painter, const PlacedItem& item, const WidgetPalette&
                        QRectF(item.frame.center() - QPointF(side / 2, side / 2), QSizeF(side, side)), symbol);
 }
 
+QPainterPath containerPath(QSizeF size) {
+  QPainterPath container;
+  container.addRoundedRect(QRectF(QPointF(0, 0), size), WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  return container;
+}
+
 }  // namespace
 
-void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
-           const WidgetPalette& palette) {
+void paintContainer(QPainter& painter, QSizeF size, const LinearGradient& background, const WidgetPalette& palette) {
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setRenderHint(QPainter::TextAntialiasing);
-  const QRectF bounds(QPointF(0, 0), layout.size());
-  QPainterPath container;
-  container.addRoundedRect(bounds, WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  const QRectF bounds(QPointF(0, 0), size);
+  const QPainterPath container = containerPath(size);
   painter.fillPath(container, palette.base);
   if (!background.colors.empty()) {
     const auto corner = [&](LinearGradient::Corner which) {
@@ -60,6 +64,16 @@ void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& 
     }
     painter.fillPath(container, gradient);
   }
+  painter.restore();
+}
+
+void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
+           const WidgetPalette& palette) {
+  paintContainer(painter, layout.size(), background, palette);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const QPainterPath container = containerPath(layout.size());
   painter.setClipPath(container);
 
   for (const PlacedItem& item : layout.items()) {
@@ -85,24 +99,44 @@ void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& 
   painter.restore();
 }
 
-void paintMessage(QPainter& painter, QSizeF size, const QString& message, const WidgetPalette& palette) {
-  if (message.isEmpty()) return;
+namespace {
+
+constexpr double messageMargin = 8;
+constexpr double messagePadding = 8;
+
+QFont messageFont() {
+  return WidgetLayout::fontFor(Font::of(Font::Style::caption).weighted(Font::Weight::medium));
+}
+
+}  // namespace
+
+QRectF messageFrame(const WidgetLayout& layout, const QString& message) {
+  if (message.isEmpty()) return {};
+  const QSizeF size = layout.size();
+  double bottom = size.height() - messageMargin;
+  for (const PlacedItem& item : layout.items()) {
+    if (item.kind == View::Kind::button) bottom = std::min(bottom, item.frame.top() - messageMargin);
+  }
+  const QRectF area(messageMargin, messageMargin, size.width() - 2 * messageMargin, bottom - messageMargin);
+  const QRectF text = QFontMetricsF(messageFont()).boundingRect(
+      area.adjusted(messagePadding, 0, -messagePadding, 0), Qt::TextWordWrap | Qt::AlignCenter, message);
+  return QRectF(area.left(), area.top(), area.width(), std::min(area.height(), text.height() + 2 * messagePadding));
+}
+
+void paintMessage(QPainter& painter, const WidgetLayout& layout, const QString& message, const WidgetPalette& palette) {
+  const QRectF box = messageFrame(layout, message);
+  if (box.isEmpty()) return;
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  QFont font = WidgetLayout::fontFor(Font::of(Font::Style::caption).weighted(Font::Weight::medium));
-  const double margin = 10;
-  const QRectF area(margin, 0, size.width() - 2 * margin, size.height());
-  const QRectF text = QFontMetricsF(font).boundingRect(area.adjusted(10, 0, -10, 0), Qt::TextWordWrap | Qt::AlignCenter,
-                                                       message);
-  const QRectF box(area.left(), size.height() - margin - text.height() - 16, area.width(), text.height() + 16);
-  QColor fill = palette.primary;
-  fill.setAlphaF(0.88f);
+  painter.setRenderHint(QPainter::TextAntialiasing);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(fill);
+  painter.setBrush(palette.primary);
   painter.drawRoundedRect(box, 12, 12);
-  painter.setFont(font);
+  painter.setFont(messageFont());
   painter.setPen(palette.base);
-  painter.drawText(box.adjusted(10, 0, -10, 0), Qt::TextWordWrap | Qt::AlignCenter, message);
+  painter.setClipRect(box.adjusted(0, messagePadding / 2, 0, -messagePadding / 2));
+  painter.drawText(box.adjusted(messagePadding, messagePadding, -messagePadding, -messagePadding),
+                   Qt::TextWordWrap | Qt::AlignHCenter | Qt::AlignTop, message);
   painter.restore();
 }
 

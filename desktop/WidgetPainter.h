@@ -20,8 +20,17 @@ namespace quillmont::WidgetPainter {
 void paint(QPainter& painter, const WidgetLayout& layout, const LinearGradient& background,
            const WidgetPalette& palette);
 
-/// A message over the bottom of the widget (an action's dialog).
-void paintMessage(QPainter& painter, QSizeF size, const QString& message, const WidgetPalette& palette);
+/// The rounded container: the palette's base under the tree's gradient.
+void paintContainer(QPainter& painter, QSizeF size, const LinearGradient& background, const WidgetPalette& palette);
+
+/// Where an action's dialog stands: across the top of the widget, over the
+/// header, growing downwards as its text wraps but ending above the highest
+/// button, so that it hides none of them. Empty for no message.
+QRectF messageFrame(const WidgetLayout& layout, const QString& message);
+
+/// An action's dialog at messageFrame: light text on the primary colour
+/// (or dark on it in the dark palette), wrapped, cut at the frame.
+void paintMessage(QPainter& painter, const WidgetLayout& layout, const QString& message, const WidgetPalette& palette);
 
 /// The widget drawn offscreen at `scale` device pixels per logical pixel,
 /// on a transparent image.

@@ -6,6 +6,9 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
 #include <functional>
 
 #include "desktop/WidgetLayout.h"
@@ -170,6 +173,61 @@ TEST(WidgetPainter, BothPalettesKeepTheTextReadable) {
     }
   }
   EXPECT_GT(lightPixels, 100);
+}
+
+// WCAG 2 relative luminance and contrast ratio.
+double luminance(const QColor& color) {
+  const auto linear = [](double channel) {
+    return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+double contrast(const QColor& one, const QColor& other) {
+  const double a = luminance(one);
+  const double b = luminance(other);
+  return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+/// `color` (with its alpha) laid over the opaque `background`.
+QColor over(const QColor& color, const QColor& background) {
+  const double alpha = color.alphaF();
+  const auto mix = [alpha](double top, double bottom) { return top * alpha + bottom * (1 - alpha); };
+  return QColor::fromRgbF(static_cast<float>(mix(color.redF(), background.redF())),
+                          static_cast<float>(mix(color.greenF(), background.greenF())),
+                          static_cast<float>(mix(color.blueF(), background.blueF())));
+}
+/// The lowest contrast of `text` against any opaque point of the drawn container.
+double worstContrastOnContainer(const QColor& text, const WidgetContent& content, QSizeF size,
+                                const WidgetPalette& palette) {
+  QImage image(size.toSize(), QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  WidgetPainter::paintContainer(painter, size, content.containerBackground, palette);
+  painter.end();
+  double worst = 100;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      const QColor background = image.pixelColor(x, y);
+      if (background.alpha() == 255) worst = std::min(worst, contrast(over(text, background), background));
+    }
+  }
+  return worst;
+}
+
+TEST(WidgetPainter, TheDimmedTodayTextReachesAAContrastEverywhereInBothPalettes) {
+  const QSizeF size = WidgetLayout::sizeOf(medium);
+  const WidgetContent content = contentFor(medium, 16200);
+  const WidgetLayout layout(content.root, size);
+  const PlacedItem* today = layout.textSaying("+0:30 today");
+  ASSERT_NE(today, nullptr);
+  ASSERT_EQ(today->color.name, Color::Name::secondary);
+  for (const WidgetPalette& palette : {WidgetPalette::light(), WidgetPalette::dark()}) {
+    const QColor dimmed = palette.color(today->color);
+    const double worst = worstContrastOnContainer(dimmed, content, size, palette);
+    EXPECT_GE(worst, 4.5) << (palette.isDark ? "dark" : "light");
+    // Still the dimmed style: clearly below the primary text's contrast.
+    EXPECT_LT(worst + 2, worstContrastOnContainer(palette.primary, content, size, palette))
+        << (palette.isDark ? "dark" : "light");
+  }
 }
 
 }  // namespace

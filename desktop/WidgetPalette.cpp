@@ -6,12 +6,12 @@
 namespace quillmont {
 
 WidgetPalette WidgetPalette::light() {
-  return {false, QColor(255, 255, 255), QColor(20, 20, 22), QColor(60, 60, 67, 153), QColor(0, 199, 190),
+  return {false, QColor(255, 255, 255), QColor(20, 20, 22), QColor(60, 60, 67, 199), QColor(0, 199, 190),
           QColor(255, 59, 48)};
 }
 
 WidgetPalette WidgetPalette::dark() {
-  return {true, QColor(28, 28, 30), QColor(250, 250, 252), QColor(235, 235, 245, 153), QColor(99, 230, 226),
+  return {true, QColor(28, 28, 30), QColor(250, 250, 252), QColor(235, 235, 245, 179), QColor(99, 230, 226),
           QColor(255, 69, 58)};
 }
 

@@ -1,6 +1,8 @@
 // WidgetPalette: the colours a widget is drawn in, for a light or a dark
 // desktop: the widget's base, its text colours and the named tints of the
-// view tree (mint, red), each with the tree's opacity applied.
+// view tree (mint, red), each with the tree's opacity applied. The secondary
+// (dimmed) text keeps a contrast of at least 4.5:1 against every point of
+// the widget's background, gradient included.
 #pragma once
 
 #include <QColor>

@@ -2,9 +2,14 @@
 
 #include <QAbstractButton>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
 #include <exception>
+
+#include "desktop/DesktopCompositing.h"
 
 #include "desktop/WidgetPainter.h"
 #include "desktop/WindowPlacement.h"
@@ -36,19 +41,30 @@ class AccessibleElement final : public QAbstractButton {
 
 }  // namespace
 
+int WidgetWindow::messageMilliseconds(const QString& message) {
+  // About fifteen characters a second, after a second to notice it.
+  return std::clamp(1000 + 70 * static_cast<int>(message.size()), 4000, 12000);
+}
+
+QRegion WidgetWindow::shapeFor(QSize size, bool composited) {
+  if (composited || size.isEmpty()) return {};
+  QPainterPath container;
+  container.addRoundedRect(QRectF(QPointF(0, 0), QSizeF(size)), WidgetLayout::cornerRadius, WidgetLayout::cornerRadius);
+  return QRegion(container.toFillPolygon().toPolygon());
+}
+
 WidgetWindow::WidgetWindow(TimelineDriver& driver, QString instance, QWidget* parent)
     : QWidget(parent, Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint | Qt::Tool),
       driver_(driver),
       instance_(std::move(instance)),
+      composited_(DesktopCompositing::isActive()),
       palette_(WidgetPalette::matchingApplication()) {
   setAttribute(Qt::WA_TranslucentBackground);
   setWindowTitle("Quillmont");
+  setFocusPolicy(Qt::ClickFocus);  // Escape dismisses a dialog
   setAccessibleName(QString::fromStdString(driver_.widget().displayName));
   messageTimer_.setSingleShot(true);
-  connect(&messageTimer_, &QTimer::timeout, this, [this] {
-    message_.clear();
-    update();
-  });
+  connect(&messageTimer_, &QTimer::timeout, this, [this] { dismissMessage(); });
   connect(&driver_, &TimelineDriver::entryChanged, this, [this] { entryChanged(); });
   entryChanged();
 }
@@ -81,7 +97,7 @@ void WidgetWindow::rebuildAccessibility() {
 void WidgetWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   WidgetPainter::paint(painter, layout_, driver_.entry().content.containerBackground, palette_);
-  WidgetPainter::paintMessage(painter, layout_.size(), message_, palette_);
+  WidgetPainter::paintMessage(painter, layout_, message_, palette_);
   painter.end();
   emit painted();
 }
@@ -108,8 +124,35 @@ void WidgetWindow::press(const PlacedItem& button) {
 
 void WidgetWindow::showMessage(const QString& text) {
   message_ = text;
-  messageTimer_.start(messageMilliseconds);
+  messageTimer_.start(messageMilliseconds(text));
   update();
+}
+
+void WidgetWindow::dismissMessage() {
+  messageTimer_.stop();
+  message_.clear();
+  update();
+}
+
+QRectF WidgetWindow::messageFrame() const { return WidgetPainter::messageFrame(layout_, message_); }
+
+void WidgetWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape && !message_.isEmpty()) {
+    dismissMessage();
+    return;
+  }
+  QWidget::keyPressEvent(event);
+}
+
+void WidgetWindow::setComposited(bool composited) {
+  composited_ = composited;
+  const QRegion shape = shapeFor(size(), composited_);
+  if (shape != mask()) shape.isEmpty() ? clearMask() : setMask(shape);
+}
+
+void WidgetWindow::resizeEvent(QResizeEvent* event) {
+  setComposited(composited_);
+  QWidget::resizeEvent(event);
 }
 
 void WidgetWindow::mousePressEvent(QMouseEvent* event) {
@@ -135,7 +178,9 @@ void WidgetWindow::mouseReleaseEvent(QMouseEvent* event) {
     WindowPlacement{pos(), driver_.family()}.save(instance_);
     return;
   }
-  if (const PlacedItem* button = layout_.buttonAt(event->position())) {
+  if (messageFrame().contains(event->position())) {
+    dismissMessage();
+  } else if (const PlacedItem* button = layout_.buttonAt(event->position())) {
     press(*button);
   } else if (const auto& url = driver_.entry().content.widgetURL) {
     emit linkActivated(QUrl(QString::fromStdString(url->absoluteString)));

@@ -1,14 +1,18 @@
 // WidgetWindow: one widget on the desktop: a frameless, translucent window
 // of the family's size, kept below normal windows where the window manager
-// allows it, drawn from its TimelineDriver's entry. A press on a button runs
-// the button's intent on the GUI thread and shows the intent's dialog (or
-// the error's own words) over the widget for a moment; a click anywhere
-// else asks for the widget's link to be opened; dragging moves the window,
-// and the place is remembered for the instance. Screen readers find the
-// balance and the buttons by the tree's accessibility texts.
+// allows it, drawn from its TimelineDriver's entry. Where no compositing
+// manager draws transparency the window is shaped to its rounded container.
+// A press on a button runs the button's intent on the GUI thread and shows
+// the intent's dialog (or the error's own words) above the buttons for as
+// long as it takes to read, or until a click on it or Escape; a click
+// anywhere else asks for the widget's link to be opened; dragging moves the
+// window, and the place is remembered for the instance. Screen readers find
+// the balance and the buttons by the tree's accessibility texts.
 #pragma once
 
 #include <QPoint>
+#include <QRectF>
+#include <QRegion>
 #include <QString>
 #include <QTimer>
 #include <QUrl>
@@ -29,14 +33,24 @@ class WidgetWindow final : public QWidget {
   Q_OBJECT
 
  public:
-  /// How long an action's dialog stays over the widget.
-  static constexpr int messageMilliseconds = 2500;
+  /// How long an action's dialog stays: four seconds, longer for a text
+  /// that takes longer to read, at most twelve.
+  static int messageMilliseconds(const QString& message);
+  /// The window's shape: nothing (the whole window) where a compositor
+  /// draws the transparent corners, else the rounded container.
+  static QRegion shapeFor(QSize size, bool composited);
 
   WidgetWindow(TimelineDriver& driver, QString instance, QWidget* parent = nullptr);
   ~WidgetWindow() override;
 
   const WidgetLayout& layout() const { return layout_; }
   const QString& message() const { return message_; }
+  /// Where the dialog stands; empty when none shows.
+  QRectF messageFrame() const;
+  bool isMessageTimerActive() const { return messageTimer_.isActive(); }
+  /// Whether a compositor draws the transparent corners (asked of the
+  /// desktop at first); without one the window is shaped.
+  void setComposited(bool composited);
   /// Runs a button's intent as a click on it does.
   void press(const PlacedItem& button);
 
@@ -53,15 +67,19 @@ class WidgetWindow final : public QWidget {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:
   void entryChanged();
   void rebuildAccessibility();
   void showMessage(const QString& text);
+  void dismissMessage();
 
   TimelineDriver& driver_;
   QString instance_;
+  bool composited_;
   WidgetPalette palette_;
   WidgetLayout layout_;
   QString message_;

@@ -182,6 +182,79 @@ TEST_F(WidgetWindowTest, AClickOutsideTheButtonsOpensTheOverviewLink) {
   EXPECT_EQ(window.pos(), start + QPoint(40, 30));
 }
 
+TEST_F(WidgetWindowTest, TheDialogStandsAboveTheButtonsUntilReadOrDismissed) {
+  setUp("1:00");
+  for (const WidgetFamily family : {WidgetFamily::systemSmall, WidgetFamily::systemMedium}) {
+    WidgetWindow& window = openWindow(family);
+    const PlacedItem plus = *button("Add 60 minutes");
+    const auto hidesAButton = [&] {
+      for (const PlacedItem& item : window.layout().items()) {
+        if (item.kind == View::Kind::button && item.frame.intersects(window.messageFrame())) return true;
+      }
+      return false;
+    };
+    QTest::mouseClick(&window, Qt::LeftButton, {}, plus.frame.center().toPoint());
+    ASSERT_EQ(window.message(), "Time added to your bank.");
+    EXPECT_FALSE(window.messageFrame().isEmpty());
+    EXPECT_TRUE(QRectF(window.rect()).contains(window.messageFrame()));
+    EXPECT_FALSE(hidesAButton());
+    EXPECT_GE(WidgetWindow::messageMilliseconds(window.message()), 4000);
+
+    // The buttons stay usable while it shows; a click on it dismisses it
+    // without opening the link.
+    QSignalSpy links(&window, &WidgetWindow::linkActivated);
+    QTest::mouseClick(&window, Qt::LeftButton, {}, window.messageFrame().center().toPoint());
+    EXPECT_TRUE(window.message().isEmpty());
+    EXPECT_FALSE(window.isMessageTimerActive());
+    EXPECT_EQ(links.count(), 0);
+
+    // A long error wraps, still above the buttons, stays longer, and Escape dismisses it.
+    struct Failing final : AppIntent {
+      std::string title() const override { return "Fail"; }
+      std::vector<IntentParameterMetadata> parameters() const override { return {}; }
+      std::string parameterSummary() const override { return "Fail"; }
+      IntentResult perform() const override {
+        throw std::runtime_error("cannot save the time bank: the disk is full, and nothing was booked");
+      }
+    };
+    PlacedItem failing = plus;
+    failing.intent = std::make_shared<Failing>();
+    window.press(failing);
+    ASSERT_FALSE(window.message().isEmpty());
+    EXPECT_FALSE(hidesAButton());
+    EXPECT_GT(window.messageFrame().height(), 30) << "the text does not wrap";
+    EXPECT_GT(WidgetWindow::messageMilliseconds(window.message()), 4000);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_TRUE(window.message().isEmpty());
+    EXPECT_TRUE(window.messageFrame().isEmpty());
+  }
+}
+
+TEST_F(WidgetWindowTest, WithoutACompositorTheWindowIsShapedToItsRoundedCorners) {
+  EXPECT_TRUE(WidgetWindow::shapeFor(QSize(170, 170), true).isEmpty());
+  setUp("0");
+  WidgetWindow& window = openWindow(WidgetFamily::systemSmall);
+  window.setComposited(false);
+  const auto shapedTo = [&](QSize size) {
+    const QRegion mask = window.mask();
+    EXPECT_EQ(mask.boundingRect(), QRect(QPoint(0, 0), size));
+    for (const QPoint corner : {QPoint(0, 0), QPoint(size.width() - 1, 0), QPoint(0, size.height() - 1),
+                                QPoint(size.width() - 1, size.height() - 1)}) {
+      EXPECT_FALSE(mask.contains(corner)) << corner.x() << "," << corner.y();
+    }
+    for (const QPoint inside : {QPoint(size.width() / 2, 1), QPoint(1, size.height() / 2),
+                                QPoint(size.width() / 2, size.height() / 2), QPoint(8, 8)}) {
+      EXPECT_TRUE(mask.contains(inside)) << inside.x() << "," << inside.y();
+    }
+  };
+  shapedTo(window.size());
+  driver_->setFamily(WidgetFamily::systemMedium);
+  ASSERT_EQ(window.size(), QSize(364, 170));
+  shapedTo(window.size());
+  window.setComposited(true);
+  EXPECT_TRUE(window.mask().isEmpty());
+}
+
 TEST_F(WidgetWindowTest, ScreenReadersFindTheBalanceAndTheButtons) {
   setUp("4:30");
   WidgetWindow& window = openWindow(WidgetFamily::systemMedium);

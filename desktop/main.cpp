@@ -160,7 +160,7 @@ int main(int argc, char** argv) {
   }
   try {
     DesktopHost host({*family, instance, !opensOnly, !opensOnly && !arguments.noTray});
-    host.instance().listen();
+    host.listen();
     if (opensOnly) {
       if (!host.openLink(QString::fromStdString(arguments.open))) {
         fail("'" + arguments.open + "' is not a Quillmont link (try quillmont://overview)");

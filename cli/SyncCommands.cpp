@@ -174,6 +174,15 @@ std::vector<std::string> exchange(const UserDefaults& defaults, const Configurat
   {
     StoreSession session;
     const SyncFolder::Listing listing = SyncFolder::list(setup.folder);
+    // This machine's news goes out before anything comes in: a folder that
+    // refuses the write fails the exchange while the store is unchanged.
+    bool wroteOwn = false;
+    if (storeSignature(session) != state.ownSignature || ownStamp(setup) != state.ownStamp) {
+      writeOwnFiles(session, setup);
+      state.ownSignature = storeSignature(session);
+      state.ownStamp = ownStamp(setup);
+      wroteOwn = true;
+    }
     bool mergedAny = false;
     for (const auto& [id, files] : listing.devices) {
       if (id == setup.device || !files.ledger) continue;
@@ -187,11 +196,21 @@ std::vector<std::string> exchange(const UserDefaults& defaults, const Configurat
     }
     if (!mergedAny) report.emplace_back("Nothing new from other devices.");
 
+    // What was merged in is also written out, but it is in the others'
+    // files already: when the folder refuses it now, the merge stands (it
+    // is saved) and the files are written at the next exchange.
     const std::string signature = storeSignature(session);
     if (signature != state.ownSignature || ownStamp(setup) != state.ownStamp) {
-      writeOwnFiles(session, setup);
-      state.ownSignature = signature;
-      state.ownStamp = ownStamp(setup);
+      try {
+        writeOwnFiles(session, setup);
+        state.ownSignature = signature;
+        state.ownStamp = ownStamp(setup);
+        wroteOwn = true;
+      } catch (const CommandFailure& failure) {
+        Terminal::warning(std::string(failure.what()) + "; the merged ledger is written at the next exchange");
+      }
+    }
+    if (wroteOwn) {
       report.push_back("Wrote this machine's ledger to " + SyncFolder::ledgerFileName(setup.device) + ".");
     } else {
       report.emplace_back("Nothing new to write.");

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/PrivateFiles.h"
 #include "platform/store/SQLiteError.h"
 
 namespace quillmont {
@@ -131,11 +132,7 @@ void validate(const ModelConfiguration& configuration) {
 
 /// Creates `folder` and any missing parents with mode 0700.
 void createFolder(const std::filesystem::path& folder) {
-  if (folder.empty()) return;
-  std::error_code error;
-  if (std::filesystem::is_directory(folder, error)) return;
-  if (folder.has_parent_path() && folder.parent_path() != folder) createFolder(folder.parent_path());
-  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+  if (!PrivateFiles::createFolder(folder)) {
     throw StoreError(Code::cannotOpen, "creating " + folder.string() + ": " + std::strerror(errno));
   }
 }

@@ -169,7 +169,9 @@ TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {
       {R"("pauses")", "top level: expected an object or an array"},
       {"[]", "top level: expected an object, found an array"}};
   for (const auto& [json, message] : failures) {
-    EXPECT_THAT(([&, &json = json] { decodePauses(json); }), ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+    EXPECT_THAT(([&, &json = json] { decodePauses(json); }),
+                ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
+        << json;
   }
 }
 

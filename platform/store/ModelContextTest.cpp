@@ -676,8 +676,7 @@ TEST_F(ModelContextTest, TwoProcessesWriteConcurrently) {
   EXPECT_EQ(ModelContext(open()).fetch<Task>().size(), 400u);
 }
 
-// A save waits for another writer's turn to end (that writer's checkpoint
-// included), and every way out of a write lets the next writer in.
+// A save waits for another writer's turn to end, and every way out of a write lets the next writer in.
 TEST_F(ModelContextTest, WritersTakeTurnsAcrossProcesses) {
   const auto container = open();
   ModelContext context(container);

@@ -639,8 +639,9 @@ the folder \fBQUILLMONT_HOME\fR or \fB\-\-data\-home\fR names; below, \fIDATA\fR
 .I )" << roffPath("DATA/" + group + "/" + store)
       << R"(
 The record store, one SQLite file, shared by every Quillmont program whose entitlements grant the application
-group. Its log and the log's index lie beside it (the same name followed by \fB\-wal\fR and \fB\-shm\fR);
-every save is copied from the log into the store at once, so between commands the log is empty.
+group. Its journal (the same name followed by \fB\-journal\fR) lies beside it only while a save is
+written, or after a save the disk refused, which the next command takes back; between commands the file
+alone is the whole store.
 .TP
 .I )" << roffPath("DATA/" + group + "/Preferences/" + std::string(AppConstants::widgetSnapshotKey))
       << R"(

@@ -172,10 +172,15 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     ::unlink(temporary.c_str());
     fail("cannot write", path, renameError);
   }
-  if (const int directory = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); directory >= 0) {
-    fsync(directory);
+  // The new name is on the disk only once the folder is synced.
+  const int directory = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory < 0) fail("cannot write", path, errno);
+  if (fsync(directory) != 0) {
+    const int syncError = errno;
     ::close(directory);
+    fail("cannot write", path, syncError);
   }
+  ::close(directory);
 }
 
 }  // namespace quillmont::FileTransfer

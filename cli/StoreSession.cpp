@@ -71,7 +71,12 @@ void StoreSession::refreshWidget() noexcept {
     // again; the document is replaced (a new file renamed over the old one)
     // and that is most of what a save costs besides the store itself.
     if (drawsTheSame(WidgetSnapshotStore::load(), snapshot, calendar_)) return;
-    WidgetSnapshotStore::save(snapshot);
+    WidgetSnapshotStore::save(snapshot);  // never fails: a refused write leaves the old one
+    if (WidgetSnapshotStore::load().encodedJSON() != snapshot.encodedJSON()) {
+      refreshedAtSave_ = 0;  // written again at the session's next save
+      std::cerr << "quillmont: the widget keeps its last figures: its snapshot could not be written\n";
+      return;
+    }
     WidgetCenter::shared().reloadAllTimelines();
   } catch (const std::exception& error) {
     std::cerr << "quillmont: the widget keeps its last figures: " << error.what() << '\n';

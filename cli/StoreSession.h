@@ -53,7 +53,8 @@ class StoreSession {
   /// Rebuilds the widget snapshot when the store changed since the last
   /// refresh, and saves it and asks the widgets to reload when the widgets
   /// would draw it differently from the stored one today. A snapshot that
-  /// cannot be built is reported on standard error; the widget keeps its last one.
+  /// cannot be built or written is reported on standard error; the widget
+  /// keeps its last one.
   void refreshWidget() noexcept;
 
  private:

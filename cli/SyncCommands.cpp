@@ -238,6 +238,17 @@ std::vector<std::string> exchange(const UserDefaults& defaults, const Configurat
     StoreSession session;
     Exchange merging{session, {}, {}};
     const SyncFolder::Listing listing = SyncFolder::list(setup.folder);
+    // This machine's news goes out before anything comes in: a folder that
+    // refuses the write fails the exchange while the store is unchanged.
+    // The name counts too: a machine renamed by `sync setup --name` says so.
+    const auto signature = [&] { return storeSignature(session) + "|" + setup.name; };
+    bool wroteOwn = false;
+    if (signature() != state.ownSignature || ownStamp(setup) != state.ownStamp) {
+      writeOwnFiles(session, setup);
+      state.ownSignature = signature();
+      state.ownStamp = ownStamp(setup);
+      wroteOwn = true;
+    }
     bool readAny = false;
     try {
       for (const auto& [id, files] : listing.devices) {
@@ -265,12 +276,20 @@ std::vector<std::string> exchange(const UserDefaults& defaults, const Configurat
     report = std::move(merging.report);
     if (!readAny) report.emplace_back("Nothing new from other devices.");
 
-    // The name too: a machine renamed by `sync setup --name` says so.
-    const std::string signature = storeSignature(session) + "|" + setup.name;
-    if (signature != state.ownSignature || ownStamp(setup) != state.ownStamp) {
-      writeOwnFiles(session, setup);
-      state.ownSignature = signature;
-      state.ownStamp = ownStamp(setup);
+    // What was merged in is also written out, but it is in the others'
+    // files already: when the folder refuses it now, the merge stands (it
+    // is saved) and the files are written at the next exchange.
+    if (signature() != state.ownSignature || ownStamp(setup) != state.ownStamp) {
+      try {
+        writeOwnFiles(session, setup);
+        state.ownSignature = signature();
+        state.ownStamp = ownStamp(setup);
+        wroteOwn = true;
+      } catch (const CommandFailure& failure) {
+        Terminal::warning(std::string(failure.what()) + "; the merged ledger is written at the next exchange");
+      }
+    }
+    if (wroteOwn) {
       report.push_back("Wrote this machine's ledger to " + SyncFolder::ledgerFileName(setup.device) + ".");
     } else {
       report.emplace_back("Nothing new to write.");

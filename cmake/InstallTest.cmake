@@ -18,7 +18,7 @@ foreach(installed share/applications/quillmont.desktop share/applications/quillm
                   share/icons/hicolor/scalable/apps/quillmont.svg share/bash-completion/completions/quillmont
                   share/zsh/vendor-completions/_quillmont share/fish/vendor_completions.d/quillmont.fish
                   share/man/man1/quillmont.1 lib/cmake/Quillmont/QuillmontConfig.cmake
-                  lib/systemd/user/quillmont-sync.service)
+                  share/systemd/user/quillmont-sync.service)
   if(NOT EXISTS ${WORK_DIR}/prefix/${installed})
     message(FATAL_ERROR "not installed: ${installed}")
   endif()

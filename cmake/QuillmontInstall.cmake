@@ -32,13 +32,33 @@ install(FILES ${PROJECT_SOURCE_DIR}/share/quillmont.desktop ${PROJECT_SOURCE_DIR
   DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PROJECT_SOURCE_DIR}/share/icons/quillmont.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
-# The user service that runs `quillmont sync --watch` (systemd looks for user
-# units in <prefix>/lib/systemd/user for /usr and /usr/local).
+# The user service that runs `quillmont sync --watch`, written at install
+# time so that it names the program where `cmake --install --prefix` put it,
+# and placed where systemd looks for user units of that prefix: for /usr the
+# systemd package's folder (lib/systemd/user), for any other prefix
+# share/systemd/user, which systemd finds below $XDG_DATA_HOME (~/.local)
+# and $XDG_DATA_DIRS (/usr/local/share).
 if(TARGET quillmont)
-  set(QUILLMONT_SYNC_PROGRAM ${CMAKE_INSTALL_FULL_BINDIR}/quillmont)
-  configure_file(${PROJECT_SOURCE_DIR}/share/systemd/quillmont-sync.service.in
-    ${PROJECT_BINARY_DIR}/share/quillmont-sync.service @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/share/quillmont-sync.service DESTINATION lib/systemd/user)
+  pkg_get_variable(QUILLMONT_SYSTEMD_USER_UNIT_DIR systemd systemduserunitdir)
+  if(NOT QUILLMONT_SYSTEMD_USER_UNIT_DIR MATCHES "^/usr/")
+    set(QUILLMONT_SYSTEMD_USER_UNIT_DIR /usr/lib/systemd/user)
+  endif()
+  install(CODE "
+    set(quillmont_bindir \"${CMAKE_INSTALL_BINDIR}\")
+    if(NOT IS_ABSOLUTE \"\${quillmont_bindir}\")
+      set(quillmont_bindir \"\${CMAKE_INSTALL_PREFIX}/\${quillmont_bindir}\")
+    endif()
+    set(QUILLMONT_SYNC_PROGRAM \"\${quillmont_bindir}/quillmont\")
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\" OR CMAKE_INSTALL_PREFIX STREQUAL \"/usr/\")
+      set(quillmont_units \"${QUILLMONT_SYSTEMD_USER_UNIT_DIR}\")
+    else()
+      set(quillmont_units \"\${CMAKE_INSTALL_PREFIX}/share/systemd/user\")
+    endif()
+    configure_file(\"${PROJECT_SOURCE_DIR}/share/systemd/quillmont-sync.service.in\"
+                   \"${PROJECT_BINARY_DIR}/share/install/quillmont-sync.service\" @ONLY)
+    file(INSTALL DESTINATION \"\${quillmont_units}\" TYPE FILE
+         FILES \"${PROJECT_BINARY_DIR}/share/install/quillmont-sync.service\")
+  ")
 endif()
 # The completions for bash, zsh and fish and the manual page, which the build
 # writes from the program's own commands (cli/CMakeLists.txt).
@@ -52,9 +72,15 @@ if(TARGET quillmont_reference)
 endif()
 
 # The install works for a consumer: install into a scratch prefix and build a
-# small program against find_package(Quillmont).
+# small program against find_package(Quillmont). The user service lands where
+# systemd finds it and names the installed program, for /usr and a home prefix.
 if(QUILLMONT_BUILD_TESTS AND NOT QUILLMONT_SANITIZE)
   add_test(NAME install.ConsumerBuildsAgainstThePackage
     COMMAND ${CMAKE_COMMAND} -DBINARY_DIR=${PROJECT_BINARY_DIR} -DSOURCE_DIR=${PROJECT_SOURCE_DIR}/cmake/consumer
             -DWORK_DIR=${PROJECT_BINARY_DIR}/install-test -P ${PROJECT_SOURCE_DIR}/cmake/InstallTest.cmake)
+  if(TARGET quillmont)
+    add_test(NAME install.SyncServiceIsWhereSystemdLooks
+      COMMAND ${CMAKE_COMMAND} -DBINARY_DIR=${PROJECT_BINARY_DIR} -DWORK_DIR=${PROJECT_BINARY_DIR}/install-service-test
+              -DUSR_UNIT_DIR=${QUILLMONT_SYSTEMD_USER_UNIT_DIR} -P ${PROJECT_SOURCE_DIR}/cmake/InstallServiceTest.cmake)
+  endif()
 endif()

@@ -1,9 +1,12 @@
 #include "desktop/DesktopAutostart.h"
 
+#include <cerrno>
 #include <cstdlib>
-#include <fstream>
+#include <cstring>
 #include <stdexcept>
 #include <system_error>
+
+#include "platform/foundation/PrivateFiles.h"
 
 namespace quillmont::DesktopAutostart {
 namespace {
@@ -47,23 +50,21 @@ std::string set(bool enable, const std::string& size, const std::string& instanc
     }
     return "The widget no longer starts at login (" + file.string() + " removed).";
   }
-  std::filesystem::create_directories(file.parent_path(), error);
   std::string command = quoted(thisProgram().string());
   if (!size.empty()) command += " --size " + size;
   if (!instance.empty()) command += " --instance " + instance;
-  std::ofstream out(file, std::ios::trunc);
-  out << "[Desktop Entry]\n"
-         "Type=Application\n"
-         "Name=Quillmont widget\n"
-         "Comment=Your time bank on the desktop\n"
-         "Exec="
-      << command
-      << "\n"
-         "Icon=quillmont\n"
-         "Terminal=false\n"
-         "X-GNOME-Autostart-enabled=true\n";
-  out.close();
-  if (!out) throw std::runtime_error("cannot write " + file.string());
+  const std::string entry =
+      "[Desktop Entry]\n"
+      "Type=Application\n"
+      "Name=Quillmont widget\n"
+      "Comment=Your time bank on the desktop\n"
+      "Exec=" + command + "\n"
+      "Icon=quillmont\n"
+      "Terminal=false\n"
+      "X-GNOME-Autostart-enabled=true\n";
+  if (!PrivateFiles::writeAtomically(file, entry)) {
+    throw std::runtime_error("cannot write " + file.string() + ": " + std::strerror(errno));
+  }
   return "The widget starts at login (" + file.string() + ").";
 }
 

@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <ctime>
 #include <functional>
@@ -103,6 +105,23 @@ TEST(DesktopHost, SeveralWidgetsShareOneTrayIconAndOpenApartTheFirstTime) {
   EXPECT_FALSE(second.trayIcon() != nullptr && third.trayIcon() != nullptr);
   ::unsetenv("QUILLMONT_HOME");
   ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+// A picture drawn for a bug report is the user's alone, like every file the
+// programs make, whatever the umask; a folder it needs is made private too.
+TEST(DesktopHost, RenderedPicturesArePrivateWhateverTheUmask) {
+  CommandRunner quillmont;
+  const auto picture = quillmont.home() / "pictures" / "widget.png";
+  const mode_t umask = ::umask(0);  // the child inherits it
+  const auto result = quillmont.runProgram(QUILLMONT_WIDGET_BINARY, {"--render", picture.string()});
+  ::umask(umask);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  struct stat status {};
+  ASSERT_EQ(::stat(picture.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  EXPECT_GT(status.st_size, 100);
+  ASSERT_EQ(::stat(picture.parent_path().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700u);
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 // quillmont-widget: the time-bank widget on the desktop (see DesktopHost),
 // its offscreen rendering to PNG, and the window that quillmont:// links open.
 #include <QApplication>
+#include <QBuffer>
+#include <QByteArray>
 #include <QImage>
 #include <QTimer>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -16,6 +20,7 @@
 #include "desktop/WidgetPalette.h"
 #include "desktop/WidgetWindow.h"
 #include "desktop/WindowPlacement.h"
+#include "platform/foundation/PrivateFiles.h"
 #include "platform/foundation/ProcessEntitlements.h"
 #include "widget/TimeBankWidget.h"
 
@@ -66,8 +71,18 @@ int render(const Arguments& arguments, WidgetFamily family) {
   const QImage image =
       WidgetPainter::render(timeline.entries.front().content, WidgetLayout::sizeOf(family), arguments.scale,
                             arguments.dark ? WidgetPalette::dark() : WidgetPalette::light());
-  if (!image.save(QString::fromStdString(arguments.render), "PNG")) {
-    fail("cannot write " + arguments.render);
+  // Encoded in memory, then written as every file of ours is: private,
+  // whole or not at all, and on the disk before we say so.
+  QByteArray png;
+  QBuffer buffer(&png);
+  buffer.open(QIODevice::WriteOnly);
+  if (!image.save(&buffer, "PNG")) {
+    fail("cannot draw " + arguments.render);
+    return 1;
+  }
+  const std::string_view bytes(png.constData(), static_cast<std::size_t>(png.size()));
+  if (!PrivateFiles::writeAtomically(arguments.render, bytes)) {
+    fail("cannot write " + arguments.render + ": " + std::strerror(errno));
     return 1;
   }
   std::cout << "Drew the " << name(family) << " widget (" << image.width() << " × " << image.height() << ") into "

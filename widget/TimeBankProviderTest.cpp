@@ -64,7 +64,7 @@ class TimeBankProviderTest : public ::testing::Test {
 
   std::filesystem::path scratch;
   std::optional<std::string> previousZone;
-  const TimeBankProvider provider;
+  const TimeBankProvider provider{};
   const Calendar berlin = *Calendar::make("Europe/Berlin");
   const Date today = *Calendar::make("UTC")->date(2026, 5, 12);
   const Date now = today + 14 * 3600.0;

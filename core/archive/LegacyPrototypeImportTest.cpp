@@ -58,7 +58,8 @@ TEST(LegacyPrototypeImportTest, AnyBadElementFailsTheWholeRead) {
       {with(R"(,"date":"2024-01-01")"), "[0].date: expected a number, found a string"},
       {with(R"(,"id":"6F9619FF8B864011B42D00C04FC964FF")"), "[0].id: expected a UUID"}};
   for (const auto& [json, message] : failures) {
-    EXPECT_THAT([&] { LegacyPrototypeImport::decode(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
+    EXPECT_THAT(([&, &json = json] { LegacyPrototypeImport::decode(json); }),
+                ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
         << json;
   }
 }

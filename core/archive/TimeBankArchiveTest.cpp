@@ -219,7 +219,9 @@ TEST(TimeBankArchiveTest, DecodingFailsOnEveryKindOfBadDocument) {
       {document(entry, R"(,"hasCompletedOnboarding":1)"), "settings[0].hasCompletedOnboarding: expected a Boolean"},
       {document(entry) + "{}", "unexpected content after the top-level value"}};
   for (const auto& [json, message] : failures) {
-    EXPECT_THAT([&] { Archive::decodeJSON(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+    EXPECT_THAT(([&, &json = json] { Archive::decodeJSON(json); }),
+                ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
+        << json;
   }
 }
 

@@ -44,7 +44,7 @@ TEST(JsonReaderTest, Int64TakesIntegralNumbersInRangeOnly) {
       {"\"2\"", "field: expected an integer, found a string"},
       {"null", "found null"}, {"01", "field: not valid JSON"}};
   for (const auto& [json, message] : failures) {
-    EXPECT_THAT([&] { int64(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+    EXPECT_THAT(([&, &json = json] { int64(json); }), ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
   }
 }
 
@@ -169,7 +169,9 @@ TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {
       {R"("pauses")", "top level: expected an object or an array"},
       {"[]", "top level: expected an object, found an array"}};
   for (const auto& [json, message] : failures) {
-    EXPECT_THAT([&] { decodePauses(json); }, ThrowsMessage<JsonDecodingError>(HasSubstr(message))) << json;
+    EXPECT_THAT(([&, &json = json] { decodePauses(json); }),
+                ThrowsMessage<JsonDecodingError>(HasSubstr(message)))
+        << json;
   }
 }
 

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/PrivateFiles.h"
 #include "platform/foundation/ProcessEntitlements.h"
 
 namespace quillmont {
@@ -59,18 +60,6 @@ class FileDescriptor {
  private:
   int descriptor_;
 };
-
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -136,22 +125,11 @@ std::optional<std::string> UserDefaults::read(std::string_view key, Kind kind) c
 
 bool UserDefaults::write(std::string_view key, Kind kind, std::string_view bytes) const {
   if (key.empty()) return false;
-  std::error_code error;
-  std::filesystem::create_directories(folder_, error);
-  if (error) return false;
+  if (!PrivateFiles::createFolder(folder_)) return false;
   ::chmod(folder_.c_str(), 0700);
-  std::string name(1, '.');
-  name.append(encodedName(key)).append(".XXXXXX");
-  std::string temporary = (folder_ / name).string();
-  FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));  // created 0600
-  if (file.get() < 0) return false;
-  const char tag = static_cast<char>(kind);
-  const bool written = writeAll(file.get(), std::string_view(&tag, 1)) && writeAll(file.get(), bytes);
-  if (!file.close() || !written || ::rename(temporary.c_str(), fileFor(key).c_str()) != 0) {
-    ::unlink(temporary.c_str());
-    return false;
-  }
-  return true;
+  std::string contents(1, static_cast<char>(kind));
+  contents.append(bytes);
+  return PrivateFiles::writeAtomically(fileFor(key), contents);
 }
 
 }  // namespace quillmont

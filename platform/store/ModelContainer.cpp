@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/PrivateFiles.h"
 #include "platform/store/SQLiteError.h"
 
 namespace quillmont {
@@ -131,11 +132,7 @@ void validate(const ModelConfiguration& configuration) {
 
 /// Creates `folder` and any missing parents with mode 0700.
 void createFolder(const std::filesystem::path& folder) {
-  if (folder.empty()) return;
-  std::error_code error;
-  if (std::filesystem::is_directory(folder, error)) return;
-  if (folder.has_parent_path() && folder.parent_path() != folder) createFolder(folder.parent_path());
-  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+  if (!PrivateFiles::createFolder(folder)) {
     throw StoreError(Code::cannotOpen, "creating " + folder.string() + ": " + std::strerror(errno));
   }
 }
@@ -265,13 +262,17 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
     // or file system) is still there to be read; only saves are refused.
     readOnly = exists && !(folderWritable && ::access(url->c_str(), W_OK) == 0);
     if (readOnly) {
-      // Without a writable folder SQLite cannot make the log's shared index;
-      // when no log is left over, or only the empty one the last connection
-      // keeps, the file alone is the whole store.
-      std::filesystem::path log = *url;
-      log += "-wal";
-      const auto logSize = std::filesystem::file_size(log, error);
-      database = SQLiteDatabase::openFileReadOnly(url->string(), !folderWritable && (error || logSize == 0));
+      // Without a writable folder SQLite cannot make a log's shared index;
+      // when no log or journal is left over (or only an empty log that an
+      // older version kept), the file alone is the whole store. A journal
+      // left by a failed save must first take the file back: SQLite says so.
+      const auto leftOver = [&](const char* suffix) {
+        std::error_code missing;
+        const auto size = std::filesystem::file_size(url->string() + suffix, missing);
+        return !missing && size > 0;
+      };
+      database = SQLiteDatabase::openFileReadOnly(url->string(),
+                                                  !folderWritable && !leftOver("-wal") && !leftOver("-journal"));
     } else {
       keepPrivate(*url);
       database = SQLiteDatabase::openFile(url->string());
@@ -289,20 +290,27 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
                                            "once this program may update it");
     }
   } else if (url) {
-    SQLiteStatement journalMode = database.prepare("PRAGMA journal_mode = WAL");
-    if (!journalMode.step() || journalMode.columnText(0) != "wal") {
-      throw StoreError(Code::cannotOpen, label + ": cannot use write-ahead logging here");
+    // A rollback journal: every commit syncs the journal, then the file,
+    // and is in once the journal is deleted. A sync the disk refuses fails
+    // the commit, and the journal left behind takes the file back to the
+    // store before it, here or at the next open; so a save that reports an
+    // error never shows up later. (A write-ahead log cannot promise that: a
+    // commit whose log sync failed is still in the log, whole, and comes
+    // back when the log is next read.) A store another program still holds
+    // in write-ahead-log mode stays in it, with full syncs, until it is
+    // opened alone.
+    std::string mode;
+    try {
+      SQLiteStatement journalMode = database.prepare("PRAGMA journal_mode = DELETE");
+      if (journalMode.step()) mode = journalMode.columnText(0);
+    } catch (const StoreError& error) {
+      if (error.code() != Code::busy) throw;
+      mode = "wal";
     }
-    // Commits are made durable by the checkpoint that follows each one
-    // (SQLiteDatabase::commit): it syncs the log, copies it into the file
-    // and syncs that, three syncs a save where a synced commit and the
-    // checkpoint at close took five. The log and its index stay between
-    // runs, emptied (not deleted) when the last connection closes, which
-    // spares creating, sizing and deleting two files per command.
-    database.execute("PRAGMA synchronous = NORMAL");
-    int keepLog = 1;
-    sqlite3_file_control(database.handle(), "main", SQLITE_FCNTL_PERSIST_WAL, &keepLog);
-    database.execute("PRAGMA journal_size_limit = 1048576");
+    if (mode != "delete" && mode != "wal") {
+      throw StoreError(Code::cannotOpen, label + ": cannot keep a journal here");
+    }
+    database.execute("PRAGMA synchronous = FULL");
     // Reading through a memory map spares a read() call per page: a fresh
     // context reads every page of a table, more than the page cache keeps.
     database.execute("PRAGMA mmap_size = 268435456");
@@ -310,7 +318,7 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
   if (needsChanges) {
     // Another process may be creating or upgrading the same file: decide
     // again under the write lock, then apply everything in one transaction.
-    WriterLock writer(url->parent_path());
+    WriterLock writer(url ? url->parent_path() : std::filesystem::path());  // none in memory
     writer.acquire(std::chrono::milliseconds(busyTimeoutMilliseconds));
     database.execute("BEGIN IMMEDIATE");
     try {
@@ -331,7 +339,7 @@ std::shared_ptr<ModelContainer> ModelContainer::open(ModelConfiguration configur
     // A store that cannot be indexed now (busy past the timeout, a full
     // disk) is still read and written the same way, only slower.
     try {
-      WriterLock writer(url->parent_path());
+      WriterLock writer(url ? url->parent_path() : std::filesystem::path());
       writer.acquire(std::chrono::milliseconds(busyTimeoutMilliseconds));
       database.execute("BEGIN IMMEDIATE");
       for (const auto& change : missingIndexes(database, configuration.schema)) database.execute(change);

@@ -4,9 +4,11 @@
 //
 // The file is "<name>.store" in the application group's container when the
 // configuration names a group, else in the program's own container; the
-// folder is created (mode 0700) when missing. The file is kept in WAL mode
-// with full syncs, so a crash never loses a completed save nor keeps part of
-// one, and readers never wait for a writer. The schema version is kept in
+// folder is created (mode 0700) when missing, the file and its journal are
+// the user's alone (0600). Saves go through a rollback journal with full
+// syncs, so a crash never loses a completed save nor keeps part of one, and
+// a save the disk refused (a failed write or sync) throws and leaves the
+// store as it was, now and at every later open. The schema version is kept in
 // the file: a newer version is refused, and a store of an older version of
 // the same major version gains the tables and columns added since (filled
 // with the attributes' defaults). A file that is not a store of this
@@ -151,7 +153,7 @@ class ModelContainer {
   /// Takes the write lock (waiting up to the busy timeout); throws
   /// StoreError(busy or saveFailed).
   void beginWriting();
-  /// Commits and checkpoints beginWriting's transaction, then lets the next
+  /// Commits beginWriting's transaction, then lets the next
   /// writer in; when it throws, abandonWriting ends the transaction.
   void commitTransaction();
   /// commitTransaction for a save of records (counted).
@@ -165,7 +167,7 @@ class ModelContainer {
   ModelConfiguration configuration_;
   std::optional<std::filesystem::path> url_;
   SQLiteDatabase database_;
-  /// Held from beginWriting until the commit's checkpoint has ended.
+  /// Held from beginWriting until the commit has ended.
   WriterLock writer_;
   SQLiteStatement dataVersion_;
   SQLiteStatement readMetadata_;

@@ -124,8 +124,10 @@ class ModelContainerTest : public ::testing::Test {
   std::optional<std::string> previousHome_;
 };
 
-TEST_F(ModelContainerTest, CreatesThePrivateFolderAndAWalStore) {
+TEST_F(ModelContainerTest, CreatesThePrivateFolderAndAJournaledStore) {
+  const mode_t umask = ::umask(0);  // everything is private whatever the umask
   const auto container = ModelContainer::open(configuration(Schema::of<Memo>("1")));
+  ::umask(umask);
   EXPECT_EQ(container->url(), storePath());
   struct stat info {};
   ASSERT_EQ(::stat(storePath().parent_path().c_str(), &info), 0);
@@ -135,8 +137,10 @@ TEST_F(ModelContainerTest, CreatesThePrivateFolderAndAWalStore) {
   const std::string header = contents(storePath());
   ASSERT_GE(header.size(), 100u);
   EXPECT_EQ(header.substr(0, 16), std::string("SQLite format 3\0", 16));
-  EXPECT_EQ(header[18], 2);  // WAL
+  EXPECT_EQ(header[18], 1);  // a rollback journal
   EXPECT_EQ(container->integrityCheck(), "ok");
+  ASSERT_EQ(::stat(storePath().c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
 
   // Without a group the program's own folder is used.
   auto ownConfiguration = configuration(Schema::of<Memo>("1"));
@@ -151,6 +155,25 @@ TEST_F(ModelContainerTest, CreatesThePrivateFolderAndAWalStore) {
   context.insert(std::make_shared<Memo>("kept in memory"));
   context.save();
   EXPECT_EQ(context.fetch<Memo>().size(), 1u);
+}
+
+// A store in memory has no file, no folder and no writer lock: creating its
+// tables and indexes must not look for one.
+TEST_F(ModelContainerTest, StoresInMemoryNeedNoFolder) {
+  auto memoryConfiguration = configuration(Schema::of<Memo, Label>("1"));
+  memoryConfiguration.isStoredInMemoryOnly = true;
+  memoryConfiguration.schema.indexes = {{"Memo", {"text"}}};
+  std::filesystem::permissions(home_, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  const auto first = ModelContainer::open(memoryConfiguration);
+  const auto second = ModelContainer::open(memoryConfiguration);
+  std::filesystem::permissions(home_, std::filesystem::perms::owner_all);
+  ModelContext context(first);
+  context.insert(std::make_shared<Memo>("only here"));
+  context.save();
+  EXPECT_EQ(context.fetch<Memo>().size(), 1u);
+  EXPECT_TRUE(ModelContext(second).fetch<Memo>().empty());  // each its own database
+  EXPECT_EQ(first->integrityCheck(), "ok");
+  EXPECT_FALSE(std::filesystem::exists(home_ / "data"));
 }
 
 TEST_F(ModelContainerTest, RefusesFilesThatAreNotStoresAndLeavesThemAlone) {
@@ -223,10 +246,7 @@ TEST_F(ModelContainerTest, StoresThatCannotBeWrittenAreReadAndNeverChanged) {
   std::filesystem::permissions(home_, std::filesystem::perms(0755));
   std::filesystem::permissions(home_ / "data", std::filesystem::perms(0755));
   if (root) {
-    // The store's log and its index, kept empty between runs, are its files too.
-    for (const auto& path : {home_ / "data", storePath().parent_path(), storePath(),
-                             std::filesystem::path(storePath().string() + "-wal"),
-                             std::filesystem::path(storePath().string() + "-shm")}) {
+    for (const auto& path : {home_ / "data", storePath().parent_path(), storePath()}) {
       ASSERT_EQ(::chown(path.c_str(), nobody, nobody), 0);
     }
   }

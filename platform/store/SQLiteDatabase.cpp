@@ -62,19 +62,7 @@ std::string SQLiteDatabase::quoted(std::string_view name) {
   return result + '"';
 }
 
-void SQLiteDatabase::commit(StoreError::Code code) {
-  execute("COMMIT", code);
-  int logFrames = -1;
-  int copiedFrames = -1;
-  const int checkpointed =
-      sqlite3_wal_checkpoint_v2(database_, "main", SQLITE_CHECKPOINT_PASSIVE, &logFrames, &copiedFrames);
-  if (checkpointed == SQLITE_OK && copiedFrames == logFrames) return;  // in the file, synced (or no log)
-  sqlite3_file* log = nullptr;
-  if (sqlite3_file_control(database_, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log) == SQLITE_OK && log != nullptr &&
-      log->pMethods != nullptr) {
-    log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
-  }
-}
+void SQLiteDatabase::commit(StoreError::Code code) { execute("COMMIT", code); }
 
 SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }
 

@@ -43,13 +43,10 @@ class SQLiteDatabase {
   /// kind (busy, not a database).
   void execute(std::string_view sql, StoreError::Code code = StoreError::Code::other);
   SQLiteStatement prepare(std::string_view sql) const { return SQLiteStatement(database_, sql); }
-  /// Commits the open transaction and makes it durable: a file in
-  /// write-ahead-log mode syncs no commit by itself (synchronous=NORMAL), so
-  /// a checkpoint copies the log into the file at once, syncing the log
-  /// before and the file after. When another connection's read keeps part
-  /// of the log from being copied, the log alone is synced. A failing
-  /// commit throws as `execute` does; a failing sync after it does not (the
-  /// transaction is in, and the checkpoint at close syncs again).
+  /// Commits the open transaction. With full syncs (the store's setting)
+  /// it is on the disk when this returns; a commit the disk refused, in a
+  /// write, a sync or a truncation, throws as `execute` does, and then
+  /// nothing of it stays (SQLite rolls the journal back).
   void commit(StoreError::Code code);
   /// The first column of the first row of `sql` as an integer (0 without rows).
   std::int64_t queryInt64(std::string_view sql) const;

@@ -1,16 +1,13 @@
 // WriterLock: makes the writers of one store take turns across processes,
-// each from the start of its write transaction until the checkpoint that
-// follows its commit has ended (SQLiteDatabase::commit).
+// each from the start of its write transaction until its commit has ended.
 //
-// SQLite's own write lock ends with the commit, before that checkpoint. A
-// checkpoint that starts just after another one has copied the whole log,
+// SQLite orders the writers itself; the turn is kept for a store that an
+// older version of this program still holds in write-ahead-log mode, where
+// a checkpoint that starts just after another one has copied the whole log,
 // while a third connection commits and restarts the log, can record frames
 // as copied that are not (the "WAL-reset" race, mended in SQLite 3.51.3;
-// Debian 12 ships 3.40). Every save here checkpoints, so two programs saving
-// at once (the desktop widget and a command) would meet that window far
-// more often than SQLite's own occasional checkpoints do. Taking turns
-// closes it between this program's processes; a connection closing
-// checkpoints only when it is the last one, so it needs no turn.
+// Debian 12 ships 3.40). Taking turns closes it between this program's
+// processes, and costs one flock per save.
 //
 // The lock is an advisory flock on the store's folder (no file of its own),
 // independent of SQLite's byte-range locks on the store's files.

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "platform/foundation/ContainerDirectories.h"
+#include "platform/foundation/PrivateFiles.h"
 
 namespace quillmont {
 namespace {
@@ -30,9 +31,7 @@ int openSignal(int flags) {
   const std::filesystem::path file = WidgetCenter::signalFile();
   int descriptor = ::open(file.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, 0600);
   if (descriptor < 0 && errno == ENOENT && (flags & O_CREAT) != 0) {
-    std::error_code error;
-    std::filesystem::create_directories(file.parent_path(), error);
-    ::chmod(file.parent_path().c_str(), 0700);
+    PrivateFiles::createFolder(file.parent_path());
     descriptor = ::open(file.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, 0600);
   }
   return descriptor;

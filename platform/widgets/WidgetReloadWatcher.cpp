@@ -12,6 +12,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "platform/foundation/PrivateFiles.h"
 #include "platform/widgets/WallClockAlarm.h"
 #include "platform/widgets/WidgetCenter.h"
 
@@ -23,10 +24,7 @@ namespace {
 }  // namespace
 
 WidgetReloadWatcher::WidgetReloadWatcher() {
-  std::error_code error;
-  if (std::filesystem::create_directories(WidgetCenter::signalFolder(), error)) {
-    ::chmod(WidgetCenter::signalFolder().c_str(), 0700);  // private, whatever the umask
-  }
+  PrivateFiles::createFolder(WidgetCenter::signalFolder());  // inotify says why when it failed
   inotify_ = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
   if (inotify_ < 0) failWithErrno("watching for widget reloads");
   if (::inotify_add_watch(inotify_, WidgetCenter::signalFolder().c_str(), IN_MOVED_TO | IN_CLOSE_WRITE) < 0) {

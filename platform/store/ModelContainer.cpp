@@ -535,10 +535,11 @@ std::optional<UndoJournal::Action> ModelContainer::undoLastAction() {
   }
 }
 
-std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore) {
+template <typename Write>
+std::int64_t ModelContainer::writeAlone(Write write) {
   beginWriting();
   try {
-    const std::int64_t changed = deletions_.absorb(entries, forgetBefore);
+    const std::int64_t changed = write();
     commitWriting();
     return changed;
   } catch (const StoreError& error) {
@@ -550,19 +551,12 @@ std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry>
   }
 }
 
+std::int64_t ModelContainer::absorbDeletions(std::span<const DeletionLog::Entry> entries, Date forgetBefore) {
+  return writeAlone([&] { return deletions_.absorb(entries, forgetBefore); });
+}
+
 std::int64_t ModelContainer::addHolidays(std::span<const HolidayList::Entry> entries) {
-  beginWriting();
-  try {
-    const std::int64_t added = holidays_.add(entries);
-    commitWriting();
-    return added;
-  } catch (const StoreError& error) {
-    abandonWriting();
-    throw StoreError(error.code() == Code::busy ? Code::busy : Code::saveFailed, error.what());
-  } catch (...) {
-    abandonWriting();
-    throw;
-  }
+  return writeAlone([&] { return holidays_.add(entries); });
 }
 
 void ModelContainer::beginReading() {

@@ -163,6 +163,10 @@ class ModelContainer {
   /// Undoes an open write transaction and lets the next writer in; never
   /// throws.
   void abandonWriting() noexcept;
+  /// Runs `write` (which returns how many rows it changed) in a write
+  /// transaction of its own; a store error becomes a failed save.
+  template <typename Write>
+  std::int64_t writeAlone(Write write);
 
   ModelConfiguration configuration_;
   std::optional<std::filesystem::path> url_;

@@ -48,16 +48,20 @@ void settle(const Options& options) {
     last = DateInput::midday(CommandInput::day(options.through, today, "--through"), calendar);
     if (!(last < todayStart)) throw UsageError("settle: --through must lie before today, which is not over yet");
   }
-  Date first = session.settings().calculationStartDate();
+  std::optional<Date> first = Settlement::firstDay(session.context(), session.settings(), calendar);
+  if (options.from.empty() && !first) {
+    Terminal::message("Nothing to settle: no work is recorded.");
+    return;
+  }
   if (!options.from.empty()) {
     first = DateInput::midday(CommandInput::day(options.from, today, "--from"), calendar);
-    if (calendar.startOfDay(first) > calendar.startOfDay(last)) {
+    if (calendar.startOfDay(*first) > calendar.startOfDay(last)) {
       throw UsageError("settle: --from lies after the last day to settle");
     }
   }
 
   const auto holidays = PublicHolidays::days(PublicHolidays::read(*session.container(), calendar));
-  const auto days = Settlement::plan(session.context(), session.settings(), first, last, holidays, calendar);
+  const auto days = Settlement::plan(session.context(), session.settings(), *first, last, holidays, calendar);
 
   const Display display(calendar);
   TextTable table({{"Day"}, {"Difference", TextTable::Alignment::right}, {"Booking"}});
@@ -99,7 +103,7 @@ void install(CommandSet& commands) {
   CLI::App* command = commands.add(commands.root(), "settle",
                                    "Book each unsettled day's worked time less its planned time into the balance",
                                    [options] { settle(*options); });
-  command->add_option("--from", options->from, "First day (YYYY-MM-DD); the calculation start by default")
+  command->add_option("--from", options->from, "First day (YYYY-MM-DD); by default the first day of recorded work")
       ->type_name("DAY");
   command->add_option("--through", options->through, "Last day (YYYY-MM-DD); yesterday by default")
       ->type_name("DAY");

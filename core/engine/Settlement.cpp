@@ -156,6 +156,16 @@ std::size_t settle(const std::vector<Day>& days, ModelContext& context, Date now
   return count;
 }
 
+std::optional<Date> firstDay(ModelContext& context, const TimeBankSettings& settings, const Calendar& calendar) {
+  std::optional<Date> earliest;
+  context.forEach<WorkEntry>({"startedAt"}, [&](const WorkEntry& entry) {
+    const Date at = entry.startedAt();
+    if (std::isfinite(at.timeIntervalSinceReferenceDate) && (!earliest || at < *earliest)) earliest = at;
+  });
+  if (!earliest) return std::nullopt;
+  return std::max(calendar.startOfDay(settings.calculationStartDate()), calendar.startOfDay(*earliest));
+}
+
 std::optional<Date> lastSettledDay(ModelContext& context, const Calendar& calendar) {
   // Settlements are "manual" bookings; the newest first (a heap, not a
   // sort), so a ledger settled regularly finds its latest one at once.
@@ -197,8 +207,13 @@ Unsettled unsettled(ModelContext& context, const TimeBankSettings& settings, Dat
     if (!(recorded->lastDay < *yesterday)) return recorded->unsettled;
     counted.unsettled = recorded->unsettled;
     first = calendar.dateByAddingDays(1, recorded->lastDay).value_or(today);
-  } else if (const auto settled = lastSettledDay(context, calendar)) {
-    if (const auto next = calendar.dateByAddingDays(1, *settled)) first = std::max(first, *next);
+  } else {
+    const auto firstWorked = firstDay(context, settings, calendar);
+    if (!firstWorked) return {};  // nothing recorded, nothing to settle
+    first = *firstWorked;
+    if (const auto settled = lastSettledDay(context, calendar)) {
+      if (const auto next = calendar.dateByAddingDays(1, *settled)) first = std::max(first, *next);
+    }
   }
   for (const Day& day : plan(context, settings, first, *yesterday, holidays, calendar)) {
     if (!day.toSettle()) continue;

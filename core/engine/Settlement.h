@@ -60,6 +60,12 @@ struct Day {
 std::vector<Day> plan(ModelContext& context, const TimeBankSettings& settings, Date first, Date last,
                       TimeBankCalculator::HolidayDays holidays, const Calendar& calendar);
 
+/// The first day a settlement covers by default: the later of the
+/// calculation start and the day of the earliest recorded work; nothing
+/// when no work is recorded. A ledger kept by bookings alone has nothing to
+/// settle, and the days before someone began recording work owe nothing.
+std::optional<Date> firstDay(ModelContext& context, const TimeBankSettings& settings, const Calendar& calendar);
+
 /// Inserts the bookings that settle the days of `days` to settle, and saves
 /// once; returns how many bookings were made. The store's errors pass through.
 std::size_t settle(const std::vector<Day>& days, ModelContext& context, Date now);
@@ -74,7 +80,7 @@ struct Unsettled {
 };
 
 /// What settling through yesterday would book, counted from the day after
-/// the latest settled day (or from the calculation start when none is), so
+/// the latest settled day (or from firstDay() when none is), so
 /// that a ledger settled regularly reads only its last days. The count is
 /// recorded in the store's metadata with the day it reaches and what it
 /// depends on (the record types' generations, the number of holiday days,

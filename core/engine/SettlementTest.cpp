@@ -120,9 +120,12 @@ TEST_F(SettlementTest, ADayOfMoreThanADaysDifferenceIsSplit) {
 TEST_F(SettlementTest, UnsettledCountsFromTheDayAfterTheLastSettledDay) {
   const Date now = day(2026, 3, 12) + 10 * hour;  // a Thursday
   EXPECT_EQ(Settlement::lastSettledDay(context_, calendar_), std::nullopt);
+  // Nothing is unsettled before any work is recorded.
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, now, {}, calendar_).minutes, 0);
+  work(day(2026, 3, 2) + 8 * hour, day(2026, 3, 2) + 16 * hour);  // Monday as planned
   auto unsettled = Settlement::unsettled(context_, *settings_, now, {}, calendar_);
-  EXPECT_EQ(unsettled.minutes, -8 * 480);  // eight working days through Wednesday, today left out
-  EXPECT_EQ(unsettled.since, day(2026, 3, 2));
+  EXPECT_EQ(unsettled.minutes, -7 * 480);  // seven more working days through Wednesday, today left out
+  EXPECT_EQ(unsettled.since, day(2026, 3, 3));
 
   // A manual booking that is no settlement does not count as one.
   context_.insert(std::make_shared<BalanceAdjustment>(UUID::random(), day(2026, 3, 10) + 9 * hour, 30, "",
@@ -146,25 +149,26 @@ TEST_F(SettlementTest, UnsettledCountsFromTheDayAfterTheLastSettledDay) {
 TEST_F(SettlementTest, ARecordedCountGoesOnFromItsLastDayAndIsDroppedByAnyChange) {
   ModelContainer& container = *context_.container();
   const Date thursday = day(2026, 3, 12) + 10 * hour;
-  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+  work(day(2026, 3, 2) + 8 * hour, day(2026, 3, 2) + 16 * hour);  // Monday as planned
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -7 * 480);
   ASSERT_TRUE(container.metadata("settlement.unsettled"));
 
   // A day later only Thursday is new.
   const Date friday = thursday + 24 * hour;
-  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, calendar_).minutes, -9 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, calendar_).minutes, -8 * 480);
   // A count is kept per zone and per holiday days; a recorded count
   // reaching past today (the clock went back) is not used either.
-  const std::vector<Date> holidays{day(2026, 3, 2)};
-  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, holidays, calendar_).minutes, -8 * 480);
-  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, *Calendar::make("Asia/Tokyo")).minutes, -9 * 480);
-  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -8 * 480);
+  const std::vector<Date> holidays{day(2026, 3, 2)};  // Monday's work is then all surplus
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, holidays, calendar_).minutes, -7 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, friday, {}, *Calendar::make("Asia/Tokyo")).minutes, -8 * 480);
+  EXPECT_EQ(Settlement::unsettled(context_, *settings_, thursday, {}, calendar_).minutes, -7 * 480);
 
   // Work on a day counted before changes the count.
   Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
   work(day(2026, 3, 3) + 8 * hour, day(2026, 3, 3) + 16 * hour);
   const auto unsettled = Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
-  EXPECT_EQ(unsettled.minutes, -8 * 480);
-  EXPECT_EQ(unsettled.since, day(2026, 3, 2));
+  EXPECT_EQ(unsettled.minutes, -7 * 480);
+  EXPECT_EQ(unsettled.since, day(2026, 3, 4));
 }
 
 }  // namespace

@@ -15,24 +15,13 @@
 
 #include "cli/CommandFailure.h"
 #include "platform/foundation/JsonReader.h"
+#include "platform/foundation/PrivateFiles.h"
 
 namespace quillmont::FileTransfer {
 namespace {
 
 [[noreturn]] void fail(const std::string& what, const std::string& name, int error) {
   throw CommandFailure(what + " " + name + ": " + std::strerror(error));
-}
-
-bool writeAll(int descriptor, std::string_view contents) {
-  while (!contents.empty()) {
-    const ssize_t count = ::write(descriptor, contents.data(), contents.size());
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    contents.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
 }
 
 // Hidden temporaries of `prefix` that a killed run left, older than a
@@ -150,7 +139,7 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     descriptor = mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0) fail("cannot write", path, errno);
   }
-  const bool written = writeAll(descriptor, contents) && fchmod(descriptor, mode) == 0 && fsync(descriptor) == 0;
+  const bool written = PrivateFiles::writeAll(descriptor, contents) && fchmod(descriptor, mode) == 0 && fsync(descriptor) == 0;
   int error = errno;
   if (written && anonymous) {
     // Named beside the target for an instant, then renamed over it.

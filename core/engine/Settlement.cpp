@@ -207,13 +207,14 @@ Unsettled unsettled(ModelContext& context, const TimeBankSettings& settings, Dat
     if (!(recorded->lastDay < *yesterday)) return recorded->unsettled;
     counted.unsettled = recorded->unsettled;
     first = calendar.dateByAddingDays(1, recorded->lastDay).value_or(today);
+  } else if (const auto settled = lastSettledDay(context, calendar)) {
+    // Work was recorded before a settlement, so only a ledger never settled
+    // needs the scan for its first work.
+    if (const auto next = calendar.dateByAddingDays(1, *settled)) first = std::max(first, *next);
   } else {
     const auto firstWorked = firstDay(context, settings, calendar);
     if (!firstWorked) return {};  // nothing recorded, nothing to settle
     first = *firstWorked;
-    if (const auto settled = lastSettledDay(context, calendar)) {
-      if (const auto next = calendar.dateByAddingDays(1, *settled)) first = std::max(first, *next);
-    }
   }
   for (const Day& day : plan(context, settings, first, *yesterday, holidays, calendar)) {
     if (!day.toSettle()) continue;

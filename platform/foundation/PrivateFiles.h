@@ -13,6 +13,10 @@ namespace quillmont::PrivateFiles {
 /// are left as they are); false, with errno set, when one cannot be made.
 bool createFolder(const std::filesystem::path& folder);
 
+/// Writes all of `bytes` to `descriptor`, again after an interrupted or
+/// partial write; false, with errno set, when a write fails.
+bool writeAll(int descriptor, std::string_view bytes);
+
 /// Replaces (or creates) `file` with `bytes`: a temporary beside it is
 /// written and synced, renamed over it, and the folder is synced. A new
 /// file is 0600; a replaced one keeps its permissions. Creates the folder

@@ -180,7 +180,7 @@ std::optional<Date> lastSettledDay(ModelContext& context, const Calendar& calend
   for (auto end = manual.end(); end != manual.begin(); --end) {
     std::pop_heap(manual.begin(), end, earlier);
     const auto& [date, id] = *(end - 1);
-    if (id == identifier(DayKey::of(date, calendar))) return calendar.startOfDay(date);
+    if (isSettlement(id, date, calendar)) return calendar.startOfDay(date);
   }
   return std::nullopt;
 }

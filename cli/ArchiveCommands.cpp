@@ -10,7 +10,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/FileTransfer.h"
 #include "cli/ProgressLine.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "core/archive/LegacyPrototypeImport.h"
 #include "core/archive/TimeBankArchive.h"

@@ -12,7 +12,7 @@
 #include "cli/Display.h"
 #include "cli/JsonOutput.h"
 #include "cli/RecordLookup.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"

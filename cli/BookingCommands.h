@@ -7,7 +7,7 @@
 #include <string>
 
 #include "cli/CommandSet.h"
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 #include "platform/foundation/DateInterval.h"
 
 namespace CLI {

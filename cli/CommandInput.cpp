@@ -3,7 +3,7 @@
 #include <cctype>
 
 #include "cli/Display.h"
-#include "cli/DurationInput.h"
+#include "app/input/DurationInput.h"
 #include "cli/UsageError.h"
 #include "platform/foundation/Text.h"
 

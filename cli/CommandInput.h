@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/DateInterval.h"

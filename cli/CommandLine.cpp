@@ -15,6 +15,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "app/InvalidInput.h"
+#include "app/session/StoreSession.h"
 #include "cli/ArchiveCommands.h"
 #include "cli/BookingCommands.h"
 #include "cli/CommandSet.h"
@@ -225,6 +227,7 @@ int run(int argc, char** argv) {
   }
 
   if (!dataHome.empty()) useDataHome(dataHome);
+  StoreSession::setWarningHandler([](const std::string& text) { reportFailure(text); });
   // A damaged override must not quietly leave this program without the
   // group, which would show it another, empty store.
   if (const auto problem = ProcessEntitlements::overrideProblem()) {
@@ -241,6 +244,9 @@ int run(int argc, char** argv) {
     return 0;
   } catch (const UsageError& error) {
     reportFailure(error.what());
+    return 2;
+  } catch (const InvalidInput& error) {
+    reportFailure(error.field().empty() ? error.reason() : "--" + error.field() + ": " + error.reason());
     return 2;
   } catch (const std::exception& error) {
     reportFailure(error.what());

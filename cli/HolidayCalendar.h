@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 
 namespace quillmont::HolidayCalendar {
 

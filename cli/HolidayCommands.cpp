@@ -10,7 +10,7 @@
 #include "cli/Display.h"
 #include "cli/FileTransfer.h"
 #include "cli/HolidayCalendar.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "core/engine/HolidayBookings.h"

@@ -12,7 +12,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/Display.h"
 #include "cli/JsonOutput.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/SyncCommands.h"
 #include "cli/Terminal.h"
 #include "core/engine/DataStoreMaintenance.h"

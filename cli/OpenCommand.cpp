@@ -8,7 +8,7 @@
 #include "cli/OverviewCommand.h"
 #include "cli/ReportCommands.h"
 #include "cli/SettingsCommands.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/UsageError.h"
 #include "cli/WorkCommands.h"

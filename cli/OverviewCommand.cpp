@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Display.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "core/engine/PeriodBalances.h"
 #include "core/engine/PublicHolidays.h"

@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
 #include "core/engine/TimeBankCalculator.h"

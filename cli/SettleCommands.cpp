@@ -8,7 +8,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/CommandInput.h"
 #include "cli/Display.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"

@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "cli/BookingCommands.h"
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 #include "cli/testing/CommandRunner.h"
 #include "platform/foundation/Calendar.h"
 

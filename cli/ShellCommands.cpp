@@ -10,7 +10,7 @@
 #include "cli/CommandLine.h"
 #include "cli/CommandReference.h"
 #include "cli/FileTransfer.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 
 namespace quillmont::ShellCommands {

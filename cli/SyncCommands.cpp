@@ -20,7 +20,7 @@
 #include "cli/CommandFailure.h"
 #include "cli/Display.h"
 #include "cli/FileTransfer.h"
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 #include "cli/SyncFolder.h"
 #include "cli/SyncState.h"
 #include "cli/Terminal.h"

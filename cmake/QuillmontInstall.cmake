@@ -1,15 +1,16 @@
 # Installation: the libraries with their headers and a CMake package
-# (find_package(Quillmont) gives Quillmont::QuillmontKit and Quillmont::QuillmontWidget), the programs
+# (find_package(Quillmont) gives Quillmont::QuillmontKit, Quillmont::QuillmontWidget and
+# Quillmont::QuillmontApp), the programs
 # (their entitlements are built into them) and the desktop integration files: the launcher, the
 # quillmont:// handler, the icon, the shell completions and the manual page.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 
-install(TARGETS QuillmontPlatform QuillmontKit QuillmontWidget EXPORT QuillmontTargets
+install(TARGETS QuillmontPlatform QuillmontKit QuillmontWidget QuillmontApp EXPORT QuillmontTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(dir platform core widget)
+foreach(dir platform core widget app)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillmont/${dir}
     FILES_MATCHING PATTERN "*.h" PATTERN "*Test*" EXCLUDE)
 endforeach()

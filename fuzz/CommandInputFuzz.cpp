@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "cli/DateInput.h"
-#include "cli/DurationInput.h"
+#include "app/input/DateInput.h"
+#include "app/input/DurationInput.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quillmont;

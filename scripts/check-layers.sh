@@ -15,8 +15,9 @@ declare -A allowed=(
   [core/archive]="platform core/ledger core/persistence core/engine core/archive"
   [core/sync]="platform core/ledger core/persistence core/engine core/archive core/sync"
   [widget]="platform core widget"
-  [desktop]="platform core widget cli desktop"
-  [cli]="platform core widget cli"
+  [app]="platform core widget app"
+  [desktop]="platform core widget app cli desktop"
+  [cli]="platform core widget app cli"
 )
 
 status=0
@@ -32,7 +33,7 @@ for layer in "${!allowed[@]}"; do
         echo "$file includes \"$included\", which $layer may not depend on"
         status=1
       fi
-    done < <(sed -n 's/^#include "\(\(platform\|core\|widget\|desktop\|cli\)\/[^"]*\)".*/\1/p' "$file")
+    done < <(sed -n 's/^#include "\(\(platform\|core\|widget\|app\|desktop\|cli\)\/[^"]*\)".*/\1/p' "$file")
   done < <(find "$layer" \( -name '*.h' -o -name '*.cpp' \) ! -name '*Test.cpp' ! -path '*/testing/*' -print0)
 done
 exit $status

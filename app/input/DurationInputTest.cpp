@@ -1,4 +1,4 @@
-#include "cli/DurationInput.h"
+#include "app/input/DurationInput.h"
 
 #include <gtest/gtest.h>
 

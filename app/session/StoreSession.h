@@ -10,12 +10,16 @@
 // by maintenance), it rebuilds the widget snapshot; when that shows anything
 // other than the stored one (a figure, or another day), it saves it and asks
 // every widget to reload, so no widget shows figures older than the store.
+// A refresh that fails leaves the widget its last figures and is reported
+// through the host's warning handler (the command line prints it).
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <string>
 
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 #include "core/ledger/TimeBankSettings.h"
 #include "platform/foundation/Calendar.h"
 #include "platform/foundation/Date.h"
@@ -32,6 +36,12 @@ class StoreSession {
   ~StoreSession();
   StoreSession(const StoreSession&) = delete;
   StoreSession& operator=(const StoreSession&) = delete;
+
+  /// Receives what a session could not do but did not fail for (a widget
+  /// snapshot that could not be written); a host installs it once. Without
+  /// one, such warnings are dropped.
+  using WarningHandler = std::function<void(const std::string&)>;
+  static void setWarningHandler(WarningHandler handler);
 
   /// Where the store a session opens lives (or will live); asking creates nothing.
   static std::filesystem::path storePath();
@@ -53,7 +63,7 @@ class StoreSession {
   /// Rebuilds the widget snapshot when the store changed since the last
   /// refresh, and saves it and asks the widgets to reload when the widgets
   /// would draw it differently from the stored one today. A snapshot that
-  /// cannot be built or written is reported on standard error; the widget
+  /// cannot be built or written is reported to the warning handler; the widget
   /// keeps its last one.
   void refreshWidget() noexcept;
 

@@ -1,7 +1,7 @@
-#include "cli/StoreSession.h"
+#include "app/session/StoreSession.h"
 
 #include <exception>
-#include <iostream>
+#include <utility>
 
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/persistence/QuillmontPersistence.h"
@@ -14,6 +14,18 @@
 
 namespace quillmont {
 namespace {
+
+StoreSession::WarningHandler& warningHandler() {
+  static StoreSession::WarningHandler handler;
+  return handler;
+}
+
+void warn(const std::string& text) noexcept {
+  try {
+    if (warningHandler()) warningHandler()(text);
+  } catch (...) {  // a warning never fails the session
+  }
+}
 
 // Whether a widget drawing `stored` shows, for the rest of today, what it
 // would show drawing `fresh`: the same figures, computed earlier today. Only
@@ -51,6 +63,8 @@ StoreSession::~StoreSession() {
   container_->endReading();  // the command's, or a rebuild's that failed half-way
 }
 
+void StoreSession::setWarningHandler(WarningHandler handler) { warningHandler() = std::move(handler); }
+
 std::filesystem::path StoreSession::storePath() {
   const std::filesystem::path folder = RuntimeEntitlements::hasUsableAppGroup()
                                            ? ContainerDirectories::groupContainer(AppConstants::appGroupIdentifier)
@@ -74,14 +88,14 @@ void StoreSession::refreshWidget() noexcept {
     WidgetSnapshotStore::save(snapshot);  // never fails: a refused write leaves the old one
     if (WidgetSnapshotStore::load().encodedJSON() != snapshot.encodedJSON()) {
       refreshedAtSave_ = 0;  // written again at the session's next save
-      std::cerr << "quillmont: the widget keeps its last figures: its snapshot could not be written\n";
+      warn("the widget keeps its last figures: its snapshot could not be written");
       return;
     }
     WidgetCenter::shared().reloadAllTimelines();
   } catch (const std::exception& error) {
-    std::cerr << "quillmont: the widget keeps its last figures: " << error.what() << '\n';
+    warn(std::string("the widget keeps its last figures: ") + error.what());
   } catch (...) {
-    std::cerr << "quillmont: the widget keeps its last figures\n";
+    warn("the widget keeps its last figures");
   }
 }
 

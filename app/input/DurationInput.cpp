@@ -1,4 +1,4 @@
-#include "cli/DurationInput.h"
+#include "app/input/DurationInput.h"
 
 #include <cctype>
 #include <limits>

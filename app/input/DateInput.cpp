@@ -1,4 +1,4 @@
-#include "cli/DateInput.h"
+#include "app/input/DateInput.h"
 
 #include <cctype>
 #include <chrono>

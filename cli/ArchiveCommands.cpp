@@ -8,7 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/CommandFailure.h"
-#include "cli/FileTransfer.h"
+#include "app/files/FileTransfer.h"
 #include "cli/ProgressLine.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"

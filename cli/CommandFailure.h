@@ -1,16 +1,14 @@
 // CommandFailure: a command that was understood but could not be carried out
 // (a record that does not exist, a refused change, a file that cannot be
-// written). The program prints the message and exits with status 1. Errors of
-// the core (refused bookings, archives, the store) are reported the same way.
+// written). The program prints the message and exits with status 1. It is
+// the application layer's Refusal under the name the commands use; errors
+// of the core (refused bookings, archives, the store) are reported the same way.
 #pragma once
 
-#include <stdexcept>
+#include "app/Refusal.h"
 
 namespace quillmont {
 
-class CommandFailure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using CommandFailure = Refusal;
 
 }  // namespace quillmont

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "app/input/DurationInput.h"
 #include "cli/UsageError.h"
 #include "platform/foundation/Text.h"

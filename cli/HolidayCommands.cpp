@@ -7,8 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/BookingCommands.h"
-#include "cli/Display.h"
-#include "cli/FileTransfer.h"
+#include "app/text/Display.h"
+#include "app/files/FileTransfer.h"
 #include "cli/HolidayCalendar.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"

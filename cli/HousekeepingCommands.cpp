@@ -10,7 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/CommandFailure.h"
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "cli/JsonOutput.h"
 #include "app/session/StoreSession.h"
 #include "cli/SyncCommands.h"

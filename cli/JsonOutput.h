@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/JsonWriter.h"
 

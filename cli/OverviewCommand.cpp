@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "core/engine/PeriodBalances.h"

@@ -7,8 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/CommandInput.h"
-#include "cli/Display.h"
-#include "cli/FileTransfer.h"
+#include "app/text/Display.h"
+#include "app/files/FileTransfer.h"
 #include "cli/JsonOutput.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"

@@ -9,9 +9,9 @@
 
 #include "cli/CommandFailure.h"
 #include "cli/CommandInput.h"
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "cli/JsonOutput.h"
-#include "cli/RecordLookup.h"
+#include "app/records/RecordLookup.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"

@@ -7,7 +7,7 @@
 
 #include "cli/CommandFailure.h"
 #include "cli/CommandInput.h"
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"

@@ -9,7 +9,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/CommandReference.h"
-#include "cli/FileTransfer.h"
+#include "app/files/FileTransfer.h"
 #include "app/session/StoreSession.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 

@@ -18,8 +18,8 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/CommandFailure.h"
-#include "cli/Display.h"
-#include "cli/FileTransfer.h"
+#include "app/text/Display.h"
+#include "app/files/FileTransfer.h"
 #include "app/session/StoreSession.h"
 #include "cli/SyncFolder.h"
 #include "cli/SyncState.h"

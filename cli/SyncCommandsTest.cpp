@@ -14,7 +14,7 @@
 #include <fstream>
 #include <regex>
 
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "cli/SyncFolder.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"

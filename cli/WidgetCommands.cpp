@@ -10,7 +10,7 @@
 
 #include "cli/CommandFailure.h"
 #include "cli/CommandSet.h"
-#include "cli/Display.h"
+#include "app/text/Display.h"
 #include "cli/Terminal.h"
 #include "cli/ViewTreeJSON.h"
 #include "cli/WidgetTerminalRendering.h"

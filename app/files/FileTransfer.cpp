@@ -1,4 +1,4 @@
-#include "cli/FileTransfer.h"
+#include "app/files/FileTransfer.h"
 
 #include <cerrno>
 #include <chrono>
@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cli/CommandFailure.h"
+#include "app/Refusal.h"
 #include "platform/foundation/JsonReader.h"
 #include "platform/foundation/PrivateFiles.h"
 
@@ -21,7 +21,7 @@ namespace quillmont::FileTransfer {
 namespace {
 
 [[noreturn]] void fail(const std::string& what, const std::string& name, int error) {
-  throw CommandFailure(what + " " + name + ": " + std::strerror(error));
+  throw Refusal(what + " " + name + ": " + std::strerror(error));
 }
 
 // Hidden temporaries of `prefix` that a killed run left, older than a
@@ -60,7 +60,7 @@ std::string read(const std::string& name, std::size_t limit) {
   if (descriptor < 0) fail("cannot open", name, errno);
   const auto tooLarge = [&] {
     if (!standardInput) ::close(descriptor);
-    throw CommandFailure("cannot read " + label + ": it is larger than " + std::to_string(limit >> 20) +
+    throw Refusal("cannot read " + label + ": it is larger than " + std::to_string(limit >> 20) +
                          " MB, more than such a file ever holds");
   };
   struct stat status {};
@@ -70,7 +70,7 @@ std::string read(const std::string& name, std::size_t limit) {
     expected = static_cast<std::size_t>(status.st_size);
   } else if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
     if (!standardInput) ::close(descriptor);
-    throw CommandFailure("cannot read " + label + ": it is a folder");
+    throw Refusal("cannot read " + label + ": it is a folder");
   }
   // A regular file's text is read straight into the string, which keeps the
   // JSON parser's padding spare after it, so the parser reads it in place.
@@ -106,7 +106,7 @@ void write(const std::string& name, std::string_view contents) {
   if (isStandardStream(name)) {
     std::cout.write(contents.data(), static_cast<std::streamsize>(contents.size()));
     std::cout.flush();
-    if (!std::cout) throw CommandFailure("cannot write to standard output");
+    if (!std::cout) throw Refusal("cannot write to standard output");
     return;
   }
   writeAtomically(name, contents);

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/CommandFailure.h"
-#include "cli/UsageError.h"
+#include "app/Refusal.h"
+#include "app/InvalidInput.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/UUID.h"
 
@@ -27,30 +27,30 @@ std::optional<std::string> normalizedPrefix(std::string_view text);
 /// Whether the identifier's text starts with the normalised prefix.
 bool matches(const UUID& id, std::string_view normalizedPrefix);
 
-/// Every record whose identifier the prefix names. Throws UsageError for a
-/// prefix that cannot be an identifier and CommandFailure when no record or
+/// Every record whose identifier the prefix names. Throws InvalidInput for a
+/// prefix that cannot be an identifier and Refusal when no record or
 /// more than one identifier matches; `noun` names the records ("booking").
 template <class Model>
 std::vector<std::shared_ptr<Model>> find(const std::vector<std::shared_ptr<Model>>& records, std::string_view prefix,
                                          std::string_view noun) {
   const auto normalized = normalizedPrefix(prefix);
-  if (!normalized) throw UsageError("'" + std::string(prefix) + "' is not an identifier");
+  if (!normalized) throw InvalidInput("", "'" + std::string(prefix) + "' is not an identifier");
   std::vector<std::shared_ptr<Model>> found;
   for (const auto& record : records) {
     if (!matches(record->id(), *normalized)) continue;
     if (!found.empty() && found.front()->id() != record->id()) {
-      throw CommandFailure("'" + std::string(prefix) + "' names more than one " + std::string(noun) +
+      throw Refusal("'" + std::string(prefix) + "' names more than one " + std::string(noun) +
                            "; type more of the identifier");
     }
     found.push_back(record);
   }
-  if (found.empty()) throw CommandFailure("no " + std::string(noun) + " has the identifier " + std::string(prefix));
+  if (found.empty()) throw Refusal("no " + std::string(noun) + " has the identifier " + std::string(prefix));
   return found;
 }
 
 /// The place that `text` names among the newest records: 1 for "@1" and
 /// "last", 2 for "@2", ...; nothing for text that is no such name. Throws
-/// UsageError for "@" followed by anything but a number from 1 on.
+/// InvalidInput for "@" followed by anything but a number from 1 on.
 std::optional<std::size_t> recentPlace(std::string_view text);
 
 /// An instant as a key of the newest-first order: an instant that is not a
@@ -63,7 +63,7 @@ inline double recency(Date date) {
 /// find(), where "@N" and "last" also name a record by its place among the
 /// newest: `newer(a, b)` tells whether record `a` counts as newer than `b`.
 /// Copies of one identifier hold one place, the place of the newest copy.
-/// Throws CommandFailure when there are fewer records than the place.
+/// Throws Refusal when there are fewer records than the place.
 template <class Model, class Newer>
 std::vector<std::shared_ptr<Model>> find(const std::vector<std::shared_ptr<Model>>& records, std::string_view text,
                                          std::string_view noun, Newer newer) {
@@ -83,7 +83,7 @@ std::vector<std::shared_ptr<Model>> find(const std::vector<std::shared_ptr<Model
     }
     return found;
   }
-  throw CommandFailure("there is no " + std::string(noun) + " " + std::string(text) + ": " +
+  throw Refusal("there is no " + std::string(noun) + " " + std::string(text) + ": " +
                        (seen.empty() ? "there are none" : "the oldest is @" + std::to_string(seen.size())));
 }
 

@@ -3,7 +3,7 @@
 // can show: around daylight-saving changes, on days a zone skipped, in the
 // local mean time of the nineteenth century, far in the past and future,
 // and for instants it cannot place at all.
-#include "cli/Display.h"
+#include "app/text/Display.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>

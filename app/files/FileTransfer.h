@@ -4,7 +4,7 @@
 // folder, is flushed to disk, and only then gets a name and is renamed over
 // the target, so a target is never left half written and a killed write
 // leaves nothing behind. New files are private to the user (0600); a file
-// replaced keeps its permissions. Failures throw CommandFailure naming the file.
+// replaced keeps its permissions. Failures throw Refusal naming the file.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,7 @@ bool isStandardStream(std::string_view name);
 /// The whole file, or all of standard input for "-", when it holds at most
 /// `limit` bytes: a larger file is refused before it is read, and a stream
 /// without a size (a pipe, a device) is read up to the limit and refused
-/// there. Throws CommandFailure naming the file.
+/// there. Throws Refusal naming the file.
 std::string read(const std::string& name, std::size_t limit);
 /// The document to standard output for "" or "-", else atomically to the file.
 void write(const std::string& name, std::string_view contents);

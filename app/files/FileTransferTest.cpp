@@ -1,4 +1,4 @@
-#include "cli/FileTransfer.h"
+#include "app/files/FileTransfer.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <iterator>
 #include <thread>
 
-#include "cli/CommandFailure.h"
+#include "app/Refusal.h"
 #include "platform/foundation/JsonReader.h"
 
 namespace quillmont {
@@ -46,12 +46,12 @@ TEST_F(FileTransferTest, ReplacesFilesWholeAndLeavesNoTemporaryBehind) {
   try {
     FileTransfer::writeAtomically(missing, "text");
     ADD_FAILURE() << "expected a failure";
-  } catch (const CommandFailure& failure) {
+  } catch (const Refusal& failure) {
     EXPECT_NE(std::string(failure.what()).find(missing), std::string::npos);
   }
-  EXPECT_THROW(FileTransfer::read(missing, FileTransfer::maximumArchiveBytes), CommandFailure);
+  EXPECT_THROW(FileTransfer::read(missing, FileTransfer::maximumArchiveBytes), Refusal);
   // A folder is not a document.
-  EXPECT_THROW(FileTransfer::read(folder_.string(), FileTransfer::maximumArchiveBytes), CommandFailure);
+  EXPECT_THROW(FileTransfer::read(folder_.string(), FileTransfer::maximumArchiveBytes), Refusal);
   EXPECT_EQ(fileCount(), 1u);
 }
 

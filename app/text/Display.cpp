@@ -1,4 +1,4 @@
-#include "cli/Display.h"
+#include "app/text/Display.h"
 
 #include <algorithm>
 #include <chrono>

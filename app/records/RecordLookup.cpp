@@ -1,4 +1,4 @@
-#include "cli/RecordLookup.h"
+#include "app/records/RecordLookup.h"
 
 #include <cctype>
 
@@ -29,7 +29,7 @@ std::optional<std::size_t> recentPlace(std::string_view text) {
     place = place * 10 + static_cast<std::size_t>(c - '0');
   }
   if (!valid || place == 0) {
-    throw UsageError("'" + std::string(text) + "' names no record (try @1 for the newest, @2 for the one before it)");
+    throw InvalidInput("", "'" + std::string(text) + "' names no record (try @1 for the newest, @2 for the one before it)");
   }
   return place;
 }

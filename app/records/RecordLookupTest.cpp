@@ -1,4 +1,4 @@
-#include "cli/RecordLookup.h"
+#include "app/records/RecordLookup.h"
 
 #include <gtest/gtest.h>
 
@@ -21,11 +21,11 @@ TEST(RecordLookup, FindsByAnyUniquePrefixInEitherCaseWithOrWithoutHyphens) {
   EXPECT_EQ(RecordLookup::find(records, "0a", "booking"), std::vector{other});
   EXPECT_EQ(RecordLookup::find(records, "c0de5eed-0b4a-4c2a-9d6e-000000000002", "booking"), std::vector{second});
   EXPECT_EQ(RecordLookup::find(records, "C0DE5EED0B4A4C2A9D6E000000000001", "booking"), std::vector{first});
-  EXPECT_THROW(RecordLookup::find(records, "C0DE", "booking"), CommandFailure);   // two identifiers
-  EXPECT_THROW(RecordLookup::find(records, "FF", "booking"), CommandFailure);     // none
-  EXPECT_THROW(RecordLookup::find(records, "", "booking"), UsageError);
-  EXPECT_THROW(RecordLookup::find(records, "xyz", "booking"), UsageError);
-  EXPECT_THROW(RecordLookup::find(records, "C0DE5EED-0B4A-4C2A-9D6E-0000000000011", "booking"), UsageError);
+  EXPECT_THROW(RecordLookup::find(records, "C0DE", "booking"), Refusal);   // two identifiers
+  EXPECT_THROW(RecordLookup::find(records, "FF", "booking"), Refusal);     // none
+  EXPECT_THROW(RecordLookup::find(records, "", "booking"), InvalidInput);
+  EXPECT_THROW(RecordLookup::find(records, "xyz", "booking"), InvalidInput);
+  EXPECT_THROW(RecordLookup::find(records, "C0DE5EED-0B4A-4C2A-9D6E-0000000000011", "booking"), InvalidInput);
 }
 
 TEST(RecordLookup, ReturnsEveryCopyOfOneIdentifier) {
@@ -61,10 +61,10 @@ TEST(RecordLookup, NamesTheNewestByPlace) {
   EXPECT_EQ(RecordLookup::find(records, "@3", "entry", newer), (std::vector{copy, copyAgain}));  // one place
   EXPECT_EQ(RecordLookup::find(records, "@4", "entry", newer), std::vector{old});
   EXPECT_EQ(RecordLookup::find(records, "a0", "entry", newer), std::vector{old});  // identifiers as ever
-  EXPECT_THROW(RecordLookup::find(records, "@5", "entry", newer), CommandFailure);
-  EXPECT_THROW(RecordLookup::find(decltype(records){}, "@1", "entry", newer), CommandFailure);
+  EXPECT_THROW(RecordLookup::find(records, "@5", "entry", newer), Refusal);
+  EXPECT_THROW(RecordLookup::find(decltype(records){}, "@1", "entry", newer), Refusal);
   for (const char* wrong : {"@", "@0", "@-1", "@x", "@1x", "@9999999"}) {
-    EXPECT_THROW(RecordLookup::find(records, wrong, "entry", newer), UsageError) << wrong;
+    EXPECT_THROW(RecordLookup::find(records, wrong, "entry", newer), InvalidInput) << wrong;
   }
 }
 

@@ -8,6 +8,7 @@ packages=(
   clang libclang-rt-14-dev
   qt6-base-dev fonts-dejavu-core xvfb xauth
   syncthing curl
+  zsh fish
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -15,7 +15,7 @@
 #include <regex>
 
 #include "app/text/Display.h"
-#include "cli/SyncFolder.h"
+#include "app/sync/SyncFolder.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
 #include "core/ledger/BalanceAdjustment.h"

@@ -22,12 +22,16 @@ namespace {
 
 using SyncSettings::deviceLabel;
 
-// Report lines carry other machines' names and texts: shown escaped. A
-// merged ledger that could not be written out is said first.
-void printReport(const SyncExchange::Result& result) {
+// A merged ledger that could not be written out is said first.
+void warnDeferred(const SyncExchange::Result& result) {
   if (!result.deferredWrite.empty()) {
     Terminal::warning(result.deferredWrite + "; the merged ledger is written at the next exchange");
   }
+}
+
+// Report lines carry other machines' names and texts: shown escaped.
+void printReport(const SyncExchange::Result& result) {
+  warnDeferred(result);
   for (const auto& line : result.report) Terminal::print(Terminal::escaped(line));
 }
 
@@ -136,9 +140,7 @@ void run(bool watch) {
     std::cout.flush();
   };
   callbacks.exchanged = [](const SyncExchange::Result& result) {
-    if (!result.deferredWrite.empty()) {
-      Terminal::warning(result.deferredWrite + "; the merged ledger is written at the next exchange");
-    }
+    warnDeferred(result);
     const Display display(Calendar::autoupdatingCurrent());
     for (const auto& line : result.report) Terminal::print(display.dateTime(Date::now()) + "  " + Terminal::escaped(line));
     std::cout.flush();  // a log read as it grows (journalctl, a terminal, a pipe)

@@ -513,23 +513,6 @@ TEST_F(SyncCommandsTest, OnlyFilesNamedExactlyAreRead) {
   EXPECT_THAT(laptop.run({"sync", "status"}).out, HasSubstr(lower + ": not named exactly"));
 }
 
-TEST(SyncCommands, EverythingSetUpCreatesIsPrivateWhateverTheUmask) {
-  CommandRunner machine;
-  const auto folder = machine.home() / "deep" / "shared";
-  const mode_t previous = ::umask(0);
-  const auto result = machine.run({"sync", "setup", folder.string(), "--name", "here"});
-  ::umask(previous);
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-  for (const auto& created : {folder, folder.parent_path()}) {
-    EXPECT_EQ(std::filesystem::status(created).permissions(), std::filesystem::perms::owner_all) << created;
-  }
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    EXPECT_EQ(entry.status().permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
-        << entry.path();
-  }
-}
-
 TEST(SyncCommands, WithoutSetUpSaysHowToSetItUp) {
   CommandRunner machine;
   const auto result = machine.run({"sync"});

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <chrono>
 #include <fstream>
 
@@ -186,6 +188,24 @@ TEST_F(SyncExchangeTest, WatchingExchangesAtOnceAndAgainWhenAnotherDevicesFileAr
   ASSERT_EQ(results.size(), 2u);
   EXPECT_TRUE(results[0].skipped.empty());
   EXPECT_EQ(results[1].skipped.size(), 1u);
+}
+
+TEST_F(SyncExchangeTest, EverythingSetUpCreatesIsPrivateWhateverTheUmask) {
+  const auto deep = office.folder() / "deep" / "shared";
+  const mode_t previous = ::umask(0);
+  setUp(office, deep, "here");
+  exchange(office);
+  ::umask(previous);
+  for (const auto& created : {deep, deep.parent_path()}) {
+    EXPECT_EQ(std::filesystem::status(created).permissions(), std::filesystem::perms::owner_all) << created;
+  }
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(deep)) {
+    ++files;
+    EXPECT_EQ(entry.status().permissions(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
+        << entry.path();
+  }
+  EXPECT_EQ(files, 2u);  // the ledger and the device file
 }
 
 // --- The folder's files and the remembered state ------------------------

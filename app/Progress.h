@@ -15,6 +15,8 @@ struct Step {
   Stage stage = Stage::finished;
   /// The size of the document being read, decoded or written; 0 if unknown.
   std::size_t bytes = 0;
+  /// The records being encoded or merged; 0 if unknown.
+  std::size_t records = 0;
   friend bool operator==(const Step&, const Step&) = default;
 };
 

@@ -1,25 +1,18 @@
 #include "cli/ArchiveCommands.h"
 
 #include <filesystem>
-
 #include <string>
-#include <unordered_set>
 
 #include <CLI/CLI.hpp>
 
-#include "cli/CommandFailure.h"
+#include "app/archive/ArchiveExport.h"
+#include "app/archive/ArchiveImport.h"
 #include "app/files/FileTransfer.h"
-#include "cli/ProgressLine.h"
 #include "app/session/StoreSession.h"
+#include "cli/CommandFailure.h"
+#include "cli/CommandFiles.h"
+#include "cli/ProgressLine.h"
 #include "cli/Terminal.h"
-#include "core/archive/LegacyPrototypeImport.h"
-#include "core/archive/TimeBankArchive.h"
-#include "core/archive/TimeBankArchiveError.h"
-#include "core/ledger/BalanceAdjustment.h"
-#include "core/ledger/TimeBankSettings.h"
-#include "core/ledger/WorkEntry.h"
-#include "core/ledger/WorkSchedule.h"
-#include "platform/foundation/JsonReader.h"
 
 namespace quillmont::ArchiveCommands {
 namespace {
@@ -34,36 +27,27 @@ std::string counted(std::size_t count, const char* one, const char* many) {
 }
 
 void exportArchive(const std::string& file, bool force) {
+  const bool standardOutput = CommandFiles::isStandardStream(file);
   std::error_code error;
-  if (!force && !FileTransfer::isStandardStream(file) && std::filesystem::exists(file, error)) {
+  if (!force && !standardOutput && std::filesystem::exists(file, error)) {
     throw CommandFailure(file + " exists already; run `quillmont export " + file + " --force` to replace it");
   }
   StoreSession session;
   ProgressLine progress;
-  progress.show("Reading the store...");
-  ModelContext& context = session.context();
-  const auto entries = context.fetch<WorkEntry>();
-  const auto adjustments = context.fetch<BalanceAdjustment>();
-  const auto schedules = context.fetch<WorkSchedule>();
-  const auto settings = context.fetch<TimeBankSettings>();
-  progress.show("Encoding " + counted(entries.size() + adjustments.size() + schedules.size() + settings.size(),
-                                      "record...", "records..."));
-  std::string document = TimeBankArchive(session.now(), entries, adjustments, schedules, settings).encodedJSON();
-  document += '\n';
-  progress.show("Writing " + ProgressLine::size(document.size()) + "...");
-  FileTransfer::write(file, document);
+  ArchiveExport::Exported exported;
+  if (standardOutput) {
+    exported = ArchiveExport::document(session, progress.report());
+    progress.show({Progress::Stage::writing, exported.document.size()});
+    CommandFiles::write(file, exported.document);
+  } else {
+    exported = ArchiveExport::toFile(session, file, progress.report());
+  }
   progress.clear();
-  Terminal::message("Exported " + counted(entries.size(), "work entry", "work entries") + ", " +
-                    counted(adjustments.size(), "booking", "bookings") + ", " +
-                    counted(schedules.size(), "schedule", "schedules") + " and " +
-                    counted(settings.size(), "settings record", "settings records") +
-                    (FileTransfer::isStandardStream(file) ? "." : " to " + file + "."));
-}
-
-// Merges into the store, or with `dryRun` only counts what a merge would do.
-TimeBankArchiveMergeResult merge(const TimeBankArchive& archive, StoreSession& session, bool dryRun) {
-  return dryRun ? archive.mergePreview(session.context(), session.now())
-                : archive.merge(session.context(), session.now());
+  Terminal::message("Exported " + counted(exported.workEntries, "work entry", "work entries") + ", " +
+                    counted(exported.bookings, "booking", "bookings") + ", " +
+                    counted(exported.schedules, "schedule", "schedules") + " and " +
+                    counted(exported.settingsRecords, "settings record", "settings records") +
+                    (standardOutput ? "." : " to " + file + "."));
 }
 
 void printResult(const TimeBankArchiveMergeResult& result, bool dryRun) {
@@ -78,56 +62,33 @@ void printResult(const TimeBankArchiveMergeResult& result, bool dryRun) {
   }
 }
 
-// Decoding failures name the file; the archive's own refusals speak for themselves.
-template <class Decode>
-auto decoded(const std::string& file, Decode decode) {
-  try {
-    return decode();
-  } catch (const JsonDecodingError& error) {
-    throw CommandFailure("cannot import " + file + ": it is not a readable archive (" + error.what() + ")");
-  }
+// The file's text, read with the progress line saying so.
+std::string readDocument(const std::string& file, ProgressLine& progress) {
+  progress.show({Progress::Stage::reading});
+  return CommandFiles::read(file, FileTransfer::maximumArchiveBytes);
 }
 
 void importArchive(const ImportOptions& options) {
-  ProgressLine progress;
-  // The text is let go as it is decoded, before the store is read.
-  const TimeBankArchive archive = [&] {
-    progress.show("Reading " + options.file + "...");
-    std::string bytes = FileTransfer::read(options.file, FileTransfer::maximumArchiveBytes);
-    progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
-    return decoded(options.file, [&] { return TimeBankArchive::decodeJSON(std::move(bytes)); });
-  }();
-  progress.show("Merging...");
+  ProgressLine progress(options.file);
+  const TimeBankArchive archive =
+      ArchiveImport::decode(readDocument(options.file, progress), options.file, progress.report());
+  progress.show({Progress::Stage::merging});  // opening the store takes a moment too
   StoreSession session;
-  const auto result = merge(archive, session, options.dryRun);
+  const auto result = ArchiveImport::merge(session, archive, options.dryRun, progress.report());
   progress.clear();
   printResult(result, options.dryRun);
 }
 
 void importLegacy(const ImportOptions& options) {
-  ProgressLine progress;
-  progress.show("Reading " + options.file + "...");
-  const std::string bytes = FileTransfer::read(options.file, FileTransfer::maximumArchiveBytes);
-  progress.show("Decoding " + ProgressLine::size(bytes.size()) + "...");
-  const auto entries = decoded(options.file, [&] { return LegacyPrototypeImport::decode(bytes); });
-
-  // Each entry becomes a manual booking with the entry's identifier, made
-  // and changed at the entry's date; the first of repeated identifiers wins.
-  TimeBankArchive archive;
-  std::unordered_set<UUID> seen;
-  for (const auto& entry : entries) {
-    if (!seen.insert(entry.id).second) continue;
-    archive.balanceAdjustments.push_back(
-        {entry.id, entry.date, entry.minutes, entry.note, "manual", entry.date, entry.date});
-  }
-  progress.show("Merging...");
+  ProgressLine progress(options.file);
+  auto legacy = ArchiveImport::decodeLegacy(readDocument(options.file, progress), options.file, progress.report());
+  const std::size_t repeated = legacy.repeated;
+  progress.show({Progress::Stage::merging});
   StoreSession session;
-  archive.exportedAt = session.now();
-  archive.validate();
-  const auto result = merge(archive, session, options.dryRun);
+  const auto result = ArchiveImport::merge(session, std::move(legacy), options.dryRun, progress.report());
   progress.clear();
-  if (seen.size() != entries.size()) {
-    Terminal::warning(counted(entries.size() - seen.size(), "entry repeats", "entries repeat") +
+  if (repeated > 0) {
+    Terminal::warning(counted(repeated, "entry repeats", "entries repeat") +
                       " an identifier seen before; the first was kept.");
   }
   printResult(result, options.dryRun);

@@ -1,16 +1,15 @@
 #include "cli/HolidayCommands.h"
 
-#include <algorithm>
 #include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
-#include "cli/BookingCommands.h"
-#include "app/text/Display.h"
 #include "app/files/FileTransfer.h"
-#include "cli/HolidayCalendar.h"
+#include "app/holidays/HolidayImport.h"
 #include "app/session/StoreSession.h"
+#include "app/text/Display.h"
+#include "cli/CommandFiles.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "core/engine/HolidayBookings.h"
@@ -37,32 +36,20 @@ std::string outcomeText(const HolidayBookings::Plan& plan, bool dryRun) {
 }
 
 void importHolidays(const Options& options) {
-  const std::string text = FileTransfer::read(options.file, FileTransfer::maximumCalendarBytes);
+  const std::string text = CommandFiles::read(options.file, FileTransfer::maximumCalendarBytes);
   StoreSession session;
-  // Recurring holidays repeat through the end of next year.
-  const DateInput::Day today = session.today();
-  std::vector<HolidayBookings::Holiday> holidays;
-  for (const auto& event : HolidayCalendar::read(text, DateInput::Day{today.year + 1, 12, 31})) {
-    holidays.push_back({event.uid, event.name, BookingCommands::dayText(event.day),
-                        DateInput::midday(event.day, session.calendar())});
-  }
-  std::stable_sort(holidays.begin(), holidays.end(), [](const auto& a, const auto& b) { return a.day < b.day; });
-  const auto plans = HolidayBookings::plan(holidays, session.container()->holidays(), session.context(),
-                                           session.settings(), session.calendar());
+  const auto preview = HolidayImport::preview(session, text);
 
   TextTable table({{"Day"}, {"Holiday"}, {"Planned time"}});
-  std::int64_t freed = 0;
-  std::size_t count = 0;
   const Display display(session.calendar());
-  for (const auto& plan : plans) {
+  for (const auto& plan : preview.plans) {
     table.addRow({display.weekday(plan.holiday.noon) + " " + plan.holiday.day, Terminal::escaped(plan.holiday.name),
                   outcomeText(plan, options.dryRun)});
-    if (plan.adds()) ++count;
-    if (plan.outcome == HolidayBookings::Outcome::plannedTimeFreed) freed += plan.minutes;
   }
   Terminal::write(table.render());
+  const std::size_t count = preview.added;
   const std::string summary = std::to_string(count) + (count == 1 ? " holiday" : " holidays") + " (" +
-                              Display::duration(static_cast<double>(freed) * 60.0) +
+                              Display::duration(static_cast<double>(preview.freedMinutes) * 60.0) +
                               " of planned time becomes 0:00; nothing is booked)";
   if (options.dryRun) {
     Terminal::message("Would add " + summary + "; nothing was changed.");
@@ -72,7 +59,7 @@ void importHolidays(const Options& options) {
     Terminal::message("Nothing to add: each holiday was imported or booked before.");
     return;
   }
-  HolidayBookings::record(plans, *session.container());
+  HolidayImport::record(session, preview);
   Terminal::message("Added " + summary + ".");
 }
 

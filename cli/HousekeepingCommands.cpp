@@ -1,31 +1,21 @@
 #include "cli/HousekeepingCommands.h"
 
 #include <cctype>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "cli/CommandFailure.h"
-#include "app/text/Display.h"
-#include "cli/JsonOutput.h"
+#include "app/housekeeping/Diagnosis.h"
+#include "app/housekeeping/Housekeeping.h"
 #include "app/session/StoreSession.h"
+#include "app/text/Display.h"
+#include "cli/CommandFailure.h"
+#include "cli/JsonOutput.h"
 #include "cli/SyncCommands.h"
 #include "cli/Terminal.h"
-#include "core/engine/DataStoreMaintenance.h"
-#include "core/engine/ManualLedgerMigration.h"
-#include "core/ledger/BalanceAdjustment.h"
-#include "core/ledger/TimeBankSettings.h"
-#include "core/ledger/WorkEntry.h"
-#include "core/ledger/WorkSchedule.h"
 #include "core/persistence/AppConstants.h"
-#include "core/persistence/RuntimeEntitlements.h"
-#include "core/widgetstate/WidgetSnapshotStore.h"
-#include "platform/foundation/ContainerDirectories.h"
-#include "platform/foundation/ProcessEntitlements.h"
 
 namespace quillmont::HousekeepingCommands {
 namespace {
@@ -36,28 +26,25 @@ void erase(bool confirmed) {
                          "run `quillmont erase --yes` to do it");
   }
   StoreSession session;
-  session.journal("erase");
-  DataStoreMaintenance::eraseAll(session.context());
+  Housekeeping::eraseAll(session);
   Terminal::message("Erased every record.");
 }
 
 void undo(bool dryRun) {
   StoreSession session;
   const Display display(session.calendar());
-  const auto last = session.container()->lastUndoableAction();
-  if (!last) throw CommandFailure("Nothing to undo.");
   if (dryRun) {
-    Terminal::print("The last change: " + last->name + " (" + display.dateTime(last->at) + ").");
+    const auto last = Housekeeping::lastChange(session);
+    Terminal::print("The last change: " + last.name + " (" + display.dateTime(last.at) + ").");
     return;
   }
-  const auto undone = session.container()->undoLastAction();
-  if (!undone) throw CommandFailure("Nothing to undo.");
-  Terminal::message("Undid " + undone->name + " (" + display.dateTime(undone->at) + ").");
+  const auto undone = Housekeeping::undo(session);
+  Terminal::message("Undid " + undone.name + " (" + display.dateTime(undone.at) + ").");
 }
 
 // What doctor found, a labelled line each, printed as text or as a JSON
 // object whose keys are the labels in camel case ("Data home": "dataHome").
-struct Diagnosis {
+struct Rows {
   std::vector<std::pair<std::string, std::string>> rows;
 
   void row(std::string_view label, const std::string& value) { rows.emplace_back(label, value); }
@@ -102,69 +89,52 @@ std::string counted(std::size_t count, const char* one, const char* many) {
 }
 
 void doctor(bool json) {
-  Diagnosis diagnosis;
-  const char* home = std::getenv("QUILLMONT_HOME");
-  diagnosis.row("Data home", ContainerDirectories::dataHome().string() +
-                       (home != nullptr && *home != '\0' ? " (from QUILLMONT_HOME)" : ""));
-  switch (ProcessEntitlements::source()) {
+  const Diagnosis found = Diagnosis::examine();
+  Rows rows;
+  rows.row("Data home", found.dataHome.string() + (found.dataHomeFromEnvironment ? " (from QUILLMONT_HOME)" : ""));
+  switch (found.entitlements) {
     case ProcessEntitlements::Source::builtIn:
-      diagnosis.row("Entitlements", "built into quillmont");
+      rows.row("Entitlements", "built into quillmont");
       break;
     case ProcessEntitlements::Source::overridden:
-      diagnosis.row("Entitlements", "from " + ProcessEntitlements::overridePath()->string() + " (QUILLMONT_ENTITLEMENTS)");
+      rows.row("Entitlements",
+               "from " + (found.entitlementsFile ? found.entitlementsFile->string() : std::string()) +
+                   " (QUILLMONT_ENTITLEMENTS)");
       break;
     case ProcessEntitlements::Source::none:
-      diagnosis.row("Entitlements", "none");
+      rows.row("Entitlements", "none");
       break;
   }
-  const bool group = RuntimeEntitlements::hasUsableAppGroup();
-  diagnosis.row("Application group", group ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
-                                 : "not usable: the store is private to this program");
-  const UserDefaults widgetDefaults = WidgetSnapshotStore::sharedDefaults();
-  const WidgetSnapshot snapshot = WidgetSnapshotStore::load(widgetDefaults);
-  diagnosis.row("Widget snapshot", widgetDefaults.fileFor(AppConstants::widgetSnapshotKey).string() +
-                             (widgetDefaults.data(AppConstants::widgetSnapshotKey)
-                                  ? (snapshot.isConfigured ? "" : " (shows the set-up message)")
-                                  : " (none yet)"));
-  diagnosis.row("Folder sync", Terminal::escaped(SyncCommands::summary()));
-  diagnosis.row("Cloud sync", std::string(RuntimeEntitlements::hasRequiredCloudKitEntitlements() ? "entitled" : "not entitled") +
-                        " (stores are never synchronised here)");
-
-  // A diagnosis changes nothing: where there is no store yet, say so and
-  // create none (nor its folders).
-  const std::filesystem::path storePath = StoreSession::storePath();
-  std::error_code missing;
-  if (!std::filesystem::exists(storePath, missing)) {
-    diagnosis.row("Store", storePath.string() + " (none yet: set-up or the first booking creates it)");
-    diagnosis.print(json, true);
+  rows.row("Application group", found.appGroupUsable
+                                    ? std::string(AppConstants::appGroupIdentifier) + ": shared with the widget"
+                                    : "not usable: the store is private to this program");
+  rows.row("Widget snapshot", found.widgetSnapshotFile.string() +
+                                  (found.widgetSnapshotExists
+                                       ? (found.widgetShowsSetUpMessage ? " (shows the set-up message)" : "")
+                                       : " (none yet)"));
+  rows.row("Folder sync", Terminal::escaped(SyncCommands::summary()));
+  rows.row("Cloud sync", std::string(found.cloudEntitled ? "entitled" : "not entitled") +
+                             " (stores are never synchronised here)");
+  if (!found.storeExists) {
+    rows.row("Store", found.storePath.string() + " (none yet: set-up or the first booking creates it)");
+    rows.print(json, true);
     return;
   }
-  bool healthy = true;
-  try {
-    StoreSession session;
-    const auto& url = session.container()->url();
-    diagnosis.row("Store", (url ? url->string() : std::string("in memory")) +
-                     (session.container()->isReadOnly() ? " (read-only: it can be read but not changed)" : ""));
-    const std::string integrity = session.container()->integrityCheck();
-    healthy = integrity == "ok";
-    diagnosis.row("Integrity", healthy ? "ok" : integrity);
-    ModelContext& context = session.context();
-    const auto adjustments = context.fetch<BalanceAdjustment>();
-    bool migrated = false;
-    for (const auto& adjustment : adjustments) migrated = migrated || ManualLedgerMigration::isCarryover(*adjustment);
-    diagnosis.row("Records", counted(context.fetch<WorkEntry>().size(), "work entry", "work entries") + ", " +
-                       counted(adjustments.size(), "booking", "bookings") + ", " +
-                       counted(context.fetch<WorkSchedule>().size(), "schedule", "schedules") + ", " +
-                       counted(context.fetch<TimeBankSettings>().size(), "settings record", "settings records"));
-    diagnosis.row("Set-up", session.settings().hasCompletedOnboarding() ? "complete" : "not complete");
-    diagnosis.row("Ledger", migrated ? "manual ledger (migrated)" : "not migrated yet");
-    diagnosis.row("Calendar", session.calendar().timeZoneIdentifier() + ", " + session.calendar().identifier());
-  } catch (const std::exception& error) {
-    diagnosis.row("Store", std::string("cannot be opened: ") + error.what());
-    healthy = false;
+  if (const auto& store = found.store) {
+    rows.row("Store", store->location + (store->readOnly ? " (read-only: it can be read but not changed)" : ""));
+    rows.row("Integrity", store->integrity);
+    rows.row("Records", counted(store->workEntries, "work entry", "work entries") + ", " +
+                            counted(store->bookings, "booking", "bookings") + ", " +
+                            counted(store->schedules, "schedule", "schedules") + ", " +
+                            counted(store->settingsRecords, "settings record", "settings records"));
+    rows.row("Set-up", store->setUpComplete ? "complete" : "not complete");
+    rows.row("Ledger", store->migrated ? "manual ledger (migrated)" : "not migrated yet");
+    rows.row("Calendar", store->timeZone + ", " + store->calendar);
+  } else {
+    rows.row("Store", "cannot be opened: " + found.storeError);
   }
-  diagnosis.print(json, healthy);
-  if (!healthy) throw CommandFailure("the store needs attention (see above)");
+  rows.print(json, found.healthy());
+  if (!found.healthy()) throw CommandFailure("the store needs attention (see above)");
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 #include "cli/CommandInput.h"
 #include "app/text/Display.h"
-#include "app/files/FileTransfer.h"
+#include "cli/CommandFiles.h"
 #include "cli/JsonOutput.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
@@ -308,8 +308,8 @@ void show(StoreSession& session, const Made& made, Span span) {
 }
 
 void writeDocument(const std::string& output, const std::string& document) {
-  FileTransfer::write(output, document);
-  if (!FileTransfer::isStandardStream(output)) Terminal::message("Wrote " + output + ".");
+  CommandFiles::write(output, document);
+  if (!CommandFiles::isStandardStream(output)) Terminal::message("Wrote " + output + ".");
 }
 
 Span spanOfPeriod(const std::string& period) {

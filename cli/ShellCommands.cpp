@@ -9,7 +9,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/CommandReference.h"
-#include "app/files/FileTransfer.h"
+#include "cli/CommandFiles.h"
 #include "app/session/StoreSession.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 
@@ -30,7 +30,7 @@ void generate(const GenerateOptions& options) {
     if (options.format == "fish") document = CommandReference::fish(tree);
     if (options.format == "man") document = CommandReference::manPage(tree, CommandLine::version());
   });
-  FileTransfer::write(options.output, document);
+  CommandFiles::write(options.output, document);
 }
 
 // Completion runs at every Tab: a store that does not exist yet has no

@@ -15,7 +15,7 @@
 #include <regex>
 
 #include "app/text/Display.h"
-#include "cli/SyncFolder.h"
+#include "app/sync/SyncFolder.h"
 #include "cli/testing/CommandRunner.h"
 #include "cli/testing/StoreProbe.h"
 #include "core/ledger/BalanceAdjustment.h"
@@ -511,23 +511,6 @@ TEST_F(SyncCommandsTest, OnlyFilesNamedExactlyAreRead) {
   ASSERT_EQ(bookings.size(), 1u);
   EXPECT_EQ(bookings[0]->minutes(), 30);
   EXPECT_THAT(laptop.run({"sync", "status"}).out, HasSubstr(lower + ": not named exactly"));
-}
-
-TEST(SyncCommands, EverythingSetUpCreatesIsPrivateWhateverTheUmask) {
-  CommandRunner machine;
-  const auto folder = machine.home() / "deep" / "shared";
-  const mode_t previous = ::umask(0);
-  const auto result = machine.run({"sync", "setup", folder.string(), "--name", "here"});
-  ::umask(previous);
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-  for (const auto& created : {folder, folder.parent_path()}) {
-    EXPECT_EQ(std::filesystem::status(created).permissions(), std::filesystem::perms::owner_all) << created;
-  }
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    EXPECT_EQ(entry.status().permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
-        << entry.path();
-  }
 }
 
 TEST(SyncCommands, WithoutSetUpSaysHowToSetItUp) {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "cli/CommandFailure.h"
-#include "cli/HolidayCalendar.h"
+#include "app/Refusal.h"
+#include "app/holidays/HolidayCalendar.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quillmont;
@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& event : HolidayCalendar::read(text, DateInput::Day{2027, 12, 31})) {
       if (event.day.month < 1 || event.day.month > 12 || event.day.day < 1 || event.day.day > 31) std::abort();
     }
-  } catch (const CommandFailure&) {
+  } catch (const Refusal&) {
   }
   return 0;
 }

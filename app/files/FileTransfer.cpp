@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -51,17 +50,23 @@ void preferLargePages(char* buffer, std::size_t size) {
 
 }  // namespace
 
-bool isStandardStream(std::string_view name) { return name.empty() || name == "-"; }
+std::string read(const std::string& path, std::size_t limit) {
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  if (descriptor < 0) fail("cannot open", path, errno);
+  try {
+    std::string contents = read(descriptor, path, limit);
+    ::close(descriptor);
+    return contents;
+  } catch (...) {
+    ::close(descriptor);
+    throw;
+  }
+}
 
-std::string read(const std::string& name, std::size_t limit) {
-  const bool standardInput = isStandardStream(name);
-  const std::string label = standardInput ? std::string("standard input") : name;
-  const int descriptor = standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
-  if (descriptor < 0) fail("cannot open", name, errno);
+std::string read(int descriptor, const std::string& label, std::size_t limit) {
   const auto tooLarge = [&] {
-    if (!standardInput) ::close(descriptor);
     throw Refusal("cannot read " + label + ": it is larger than " + std::to_string(limit >> 20) +
-                         " MB, more than such a file ever holds");
+                  " MB, more than such a file ever holds");
   };
   struct stat status {};
   std::size_t expected = 0;
@@ -69,13 +74,11 @@ std::string read(const std::string& name, std::size_t limit) {
     if (static_cast<std::uintmax_t>(status.st_size) > limit) tooLarge();
     expected = static_cast<std::size_t>(status.st_size);
   } else if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
-    if (!standardInput) ::close(descriptor);
     throw Refusal("cannot read " + label + ": it is a folder");
   }
   // A regular file's text is read straight into the string, which keeps the
   // JSON parser's padding spare after it, so the parser reads it in place.
-  // Anything after that (standard input, a file that grew) comes through
-  // the buffer.
+  // Anything after that (a pipe, a file that grew) comes through the buffer.
   std::string contents;
   contents.reserve(expected + JsonReader::padding);
   preferLargePages(contents.data(), contents.capacity());
@@ -89,27 +92,14 @@ std::string read(const std::string& name, std::size_t limit) {
     if (count == 0) break;
     if (count < 0) {
       if (errno == EINTR) continue;
-      const int error = errno;
-      if (!standardInput) ::close(descriptor);
-      fail("cannot read", label, error);
+      fail("cannot read", label, errno);
     }
     if (!direct) contents.append(buffer, static_cast<std::size_t>(count));
     length += static_cast<std::size_t>(count);
     if (length > limit) tooLarge();  // a stream without a size, or a file that grew
   }
-  if (!standardInput) ::close(descriptor);
   contents.resize(length);  // a file that shrank while it was read
   return contents;
-}
-
-void write(const std::string& name, std::string_view contents) {
-  if (isStandardStream(name)) {
-    std::cout.write(contents.data(), static_cast<std::streamsize>(contents.size()));
-    std::cout.flush();
-    if (!std::cout) throw Refusal("cannot write to standard output");
-    return;
-  }
-  writeAtomically(name, contents);
 }
 
 void writeAtomically(const std::string& path, std::string_view contents) {

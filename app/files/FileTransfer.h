@@ -1,6 +1,5 @@
-// FileTransfer: the command line's reading and writing of whole documents
-// (archives, CSV). "-" (or no name) means standard input or output. Files are
-// written atomically: the text goes to an anonymous file in the target's
+// FileTransfer: reading and writing whole documents (archives, CSV,
+// calendars, the sync folder's files). Files are written atomically: the text goes to an anonymous file in the target's
 // folder, is flushed to disk, and only then gets a name and is renamed over
 // the target, so a target is never left half written and a killed write
 // leaves nothing behind. New files are private to the user (0600); a file
@@ -21,15 +20,13 @@ inline constexpr std::size_t maximumDeviceFileBytes = std::size_t{32} << 20;
 /// An iCalendar file of holidays.
 inline constexpr std::size_t maximumCalendarBytes = std::size_t{16} << 20;
 
-bool isStandardStream(std::string_view name);
-
-/// The whole file, or all of standard input for "-", when it holds at most
-/// `limit` bytes: a larger file is refused before it is read, and a stream
-/// without a size (a pipe, a device) is read up to the limit and refused
-/// there. Throws Refusal naming the file.
-std::string read(const std::string& name, std::size_t limit);
-/// The document to standard output for "" or "-", else atomically to the file.
-void write(const std::string& name, std::string_view contents);
+/// The whole file when it holds at most `limit` bytes: a larger file is
+/// refused before it is read, and a file without a size (a pipe, a device)
+/// is read up to the limit and refused there. Throws Refusal naming the file.
+std::string read(const std::string& path, std::size_t limit);
+/// The same for a descriptor the host opened (its standard input, say),
+/// named `label` in refusals; the descriptor stays open.
+std::string read(int descriptor, const std::string& label, std::size_t limit);
 void writeAtomically(const std::string& path, std::string_view contents);
 
 }  // namespace quillmont::FileTransfer

@@ -1,4 +1,4 @@
-#include "cli/HolidayCalendar.h"
+#include "app/holidays/HolidayCalendar.h"
 
 #include <dlfcn.h>
 #include <libical/ical.h>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "cli/CommandFailure.h"
+#include "app/Refusal.h"
 
 namespace quillmont::HolidayCalendar {
 namespace {
@@ -39,13 +39,13 @@ struct LibIcal {
   static LibIcal load() {
     void* handle = dlopen("libical.so.3", RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-      throw CommandFailure("reading iCalendar files needs libical (the Debian package libical3): " +
+      throw Refusal("reading iCalendar files needs libical (the Debian package libical3): " +
                            std::string(dlerror()));
     }
     LibIcal library;
     const auto find = [&](auto& function, const char* name) {
       function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(handle, name));
-      if (function == nullptr) throw CommandFailure(std::string("libical lacks ") + name);
+      if (function == nullptr) throw Refusal(std::string("libical lacks ") + name);
     };
     find(library.parse, "icalparser_parse_string");
     find(library.kind, "icalcomponent_isa");
@@ -121,7 +121,7 @@ void addEvent(const LibIcal& ical, icalcomponent* event, const DateInput::Day& u
 std::vector<Event> read(const std::string& text, const DateInput::Day& until) {
   const LibIcal& ical = LibIcal::shared();
   std::unique_ptr<icalcomponent, decltype(ical.free)> root(ical.parse(text.c_str()), ical.free);
-  if (!root) throw CommandFailure("the file is not an iCalendar file");
+  if (!root) throw Refusal("the file is not an iCalendar file");
   std::vector<Event> events;
   if (ical.kind(root.get()) == ICAL_VEVENT_COMPONENT) {
     addEvent(ical, root.get(), until, events);
@@ -139,7 +139,7 @@ std::vector<Event> read(const std::string& text, const DateInput::Day& until) {
       }
     }
   }
-  if (events.empty()) throw CommandFailure("the file holds no calendar events");
+  if (events.empty()) throw Refusal("the file holds no calendar events");
   return events;
 }
 

@@ -21,7 +21,7 @@ struct Event {
 };
 
 /// The days of the events in `text`, in the file's order, occurrences of a
-/// recurring event in time order. Throws CommandFailure when libical cannot
+/// recurring event in time order. Throws Refusal when libical cannot
 /// be loaded or the text holds no calendar events.
 std::vector<Event> read(const std::string& text, const DateInput::Day& until);
 

@@ -41,7 +41,7 @@ struct Listing {
   std::vector<Ignored> ignored;
 };
 
-/// What the folder holds; throws CommandFailure when it cannot be read.
+/// What the folder holds; throws Refusal when it cannot be read.
 Listing list(const std::filesystem::path& folder);
 
 /// Why a file of the folder is not read, for a name that is not a device

@@ -1,10 +1,10 @@
-#include "cli/SyncFolder.h"
+#include "app/sync/SyncFolder.h"
 
 #include <sys/stat.h>
 
 #include <cstring>
 
-#include "cli/CommandFailure.h"
+#include "app/Refusal.h"
 
 namespace quillmont::SyncFolder {
 namespace {
@@ -56,7 +56,7 @@ Listing list(const std::filesystem::path& folder) {
   Listing listing;
   std::error_code error;
   std::filesystem::directory_iterator entries(folder, error);
-  if (error) throw CommandFailure("cannot read the sync folder " + folder.string() + ": " + error.message());
+  if (error) throw Refusal("cannot read the sync folder " + folder.string() + ": " + error.message());
   for (const auto& entry : entries) {
     const std::string name = entry.path().filename().string();
     if (!entry.is_regular_file(error)) continue;

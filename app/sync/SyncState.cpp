@@ -1,4 +1,4 @@
-#include "cli/SyncState.h"
+#include "app/sync/SyncState.h"
 
 #include <algorithm>
 

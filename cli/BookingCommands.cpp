@@ -1,29 +1,19 @@
 #include "cli/BookingCommands.h"
 
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
-#include "cli/CommandFailure.h"
-#include "cli/CommandInput.h"
-#include "app/text/Display.h"
-#include "cli/JsonOutput.h"
-#include "app/records/RecordLookup.h"
+#include "app/bookings/Bookings.h"
 #include "app/session/StoreSession.h"
+#include "app/text/Display.h"
+#include "cli/CommandInput.h"
+#include "cli/JsonOutput.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
-#include "cli/UsageError.h"
-#include "core/engine/LedgerTotal.h"
-#include "core/engine/ManualLedgerMigration.h"
-#include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
-#include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
-#include "core/ledger/TimeBankTransactionController.h"
-#include "platform/foundation/Text.h"
 
 namespace quillmont::BookingCommands {
 namespace {
@@ -35,96 +25,22 @@ struct BookOptions {
   std::string day;
 };
 
-// The category text of a built-in kind (by raw value or title) or of one of
-// the user's own categories (by title), ignoring letter case.
-std::string categoryRawValue(const std::string& text, const TimeBankSettings& settings) {
-  if (text.empty()) return std::string(BalanceAdjustmentKind(BalanceAdjustmentKind::manual).rawValue());
-  const std::string wanted = Text::lowercased(text);
-  std::string choices;
-  for (const BalanceAdjustmentKind kind : BalanceAdjustmentKind::allCases()) {
-    if (Text::lowercased(kind.rawValue()) == wanted || Text::lowercased(kind.title()) == wanted) {
-      return std::string(kind.rawValue());
-    }
-    choices += choices.empty() ? "" : ", ";
-    choices += kind.rawValue();
-  }
-  for (const auto& category :
-       CustomAdjustmentCategoryConfiguration::categories(settings.customAdjustmentCategoriesRawValue())) {
-    if (Text::lowercased(category.title()) == wanted) return category.rawValue();
-    choices += ", \"" + category.title() + "\"";
-  }
-  throw UsageError("--category: '" + text + "' is neither a kind nor one of your categories (choose from " + choices +
-                   ")");
-}
-
-std::string signWord(AdjustmentCategoryBehavior behavior) {
-  return behavior == AdjustmentCategoryBehavior::credit ? "adds time: give a positive amount"
-                                                       : "takes time: give a negative amount, e.g. -30";
-}
-
 void book(const BookOptions& options) {
   const std::int64_t minutes = CommandInput::minutes(options.duration, "DURATION");
-  const std::string& note = CommandInput::text(options.note, "--note");
   StoreSession session;
-  session.journal("book " + options.duration);
-  const std::string rawValue = categoryRawValue(options.category, session.settings());
-  const Date selected = options.day.empty()
-                            ? session.now()
-                            : DateInput::midday(CommandInput::day(options.day, session.today(), "--day"),
-                                                session.calendar());
-  const Date date = TimeBankTransactionController::submissionDate(selected, session.now(), session.calendar());
-
-  // The store keeps a category's amounts on its side of zero; an amount on
-  // the other side would be cut to nothing, so it is refused here.
-  const auto option = *AdjustmentCategoryOption::resolve(rawValue);
-  if (minutes != 0 && std::abs(minutes) <= TimeBankTransactionController::maximumAbsoluteMinutes &&
-      AdjustmentCategoryValidation::normalizedMinutes(minutes, rawValue) != minutes) {
-    throw CommandFailure("\"" + option.title + "\" " + signWord(option.behavior) + ".");
-  }
-
-  const auto adjustment =
-      TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());
-  const double balance =
-      LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), session.now());
-  Terminal::message("Booked " + Display::amountOfMinutes(adjustment->minutes()) + " as " + option.title + " on " +
-                    Display(session.calendar()).dateTime(adjustment->date()) + " (id " +
-                    Display::shortIdentifier(adjustment->id()) + "); balance " + Display::amount(balance) + ".");
-}
-
-
-// The bookings dated inside an interval (the ledger's start marker, which
-// books nothing, left out) and the balance before its first day: the
-// starting balance and every booking dated earlier, so that it plus the
-// listed total is the balance after.
-struct Listing {
-  std::vector<std::shared_ptr<BalanceAdjustment>> bookings;
-  double before = 0;
-  double total = 0;
-};
-
-Listing listing(StoreSession& session, const DateInterval& interval) {
-  Listing result;
-  // Every booking dated before the first instant, that is at or before the
-  // instant just ahead of it.
-  const Date lastBefore(std::nextafter(interval.start.timeIntervalSinceReferenceDate, -HUGE_VAL));
-  result.before = LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), lastBefore);
-  // The listed ones whole, and only those.
-  using Op = RowFilter::Op;
-  const RowFilter inside =
-      RowFilter::allOf({{"date", Op::greaterOrEqual, interval.start}, {"date", Op::less, interval.end()}});
-  for (auto& adjustment : session.context().fetch<BalanceAdjustment>(
-           inside, {{}, {{&BalanceAdjustment::date}, {&BalanceAdjustment::id}}})) {
-    if (ManualLedgerMigration::isCarryover(*adjustment)) continue;
-    result.total += static_cast<double>(adjustment->minutes()) * 60.0;
-    result.bookings.push_back(std::move(adjustment));
-  }
-  return result;
+  const auto booked =
+      Bookings::add(session, {minutes, options.category, options.note, options.day, options.duration});
+  const auto& booking = *booked.booking;
+  Terminal::message("Booked " + Display::amountOfMinutes(booking.minutes()) + " as " + booked.categoryTitle + " on " +
+                    Display(session.calendar()).dateTime(booking.date()) + " (id " +
+                    Display::shortIdentifier(booking.id()) + "); balance " + Display::amount(booked.balanceSeconds) +
+                    ".");
 }
 
 void listJSON(StoreSession& session, const DateInterval& interval, const std::optional<DateInput::Day>& first,
               const std::optional<DateInput::Day>& last) {
   const Display display(session.calendar());
-  const Listing shown = listing(session, interval);
+  const auto shown = Bookings::list(session, interval);
   JsonOutput::print([&](JsonWriter& writer) {
     writer.beginObject();
     JsonOutput::text(writer, "from", first ? std::optional(dayText(*first)) : std::nullopt);
@@ -150,9 +66,9 @@ void listJSON(StoreSession& session, const DateInterval& interval, const std::op
     writer.endArray();
     writer.key("count");
     writer.integer(static_cast<std::int64_t>(shown.bookings.size()));
-    JsonOutput::amount(writer, "total", shown.total);
-    JsonOutput::amount(writer, "balanceBefore", shown.before);
-    JsonOutput::amount(writer, "balanceAfter", shown.before + shown.total);
+    JsonOutput::amount(writer, "total", shown.totalSeconds);
+    JsonOutput::amount(writer, "balanceBefore", shown.beforeSeconds);
+    JsonOutput::amount(writer, "balanceAfter", shown.beforeSeconds + shown.totalSeconds);
     writer.endObject();
   });
 }
@@ -167,35 +83,12 @@ void list(const ListOptions& options) {
   }
 }
 
-/// Newest first: the booking made last (createdAt), then the later date,
-/// then the greater identifier.
-bool madeLater(const BalanceAdjustment& a, const BalanceAdjustment& b) {
-  using RecordLookup::recency;
-  if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
-  if (recency(a.date()) != recency(b.date())) return recency(a.date()) > recency(b.date());
-  return a.id() > b.id();
-}
-
 void remove(const std::string& identifier) {
   StoreSession session;
-  auto bookings = session.context().fetch<BalanceAdjustment>();
-  // The ledger's start marker is not a booking the person made or sees
-  // listed, so it takes no place among the newest.
-  if (RecordLookup::recentPlace(identifier)) {
-    std::erase_if(bookings, [](const auto& booking) { return ManualLedgerMigration::isCarryover(*booking); });
-  }
-  const auto found = RecordLookup::find(bookings, identifier, "booking", madeLater);
-  const auto& booking = *found.front();
-  session.journal("bookings delete " +
-                  (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(booking.id()) : identifier));
-  if (ManualLedgerMigration::isCarryover(booking)) {
-    throw CommandFailure("This booking marks the switch to the manual ledger and stays.");
-  }
-  for (const auto& adjustment : found) session.context().deleteRecord(adjustment);
-  session.context().save();
-  Terminal::message("Deleted booking " + Display::shortIdentifier(booking.id()) + " (" +
-                    Display::amountOfMinutes(booking.minutes()) + " on " +
-                    Display(session.calendar()).dateTime(booking.date()) + ").");
+  const auto booking = Bookings::remove(session, identifier);
+  Terminal::message("Deleted booking " + Display::shortIdentifier(booking->id()) + " (" +
+                    Display::amountOfMinutes(booking->minutes()) + " on " +
+                    Display(session.calendar()).dateTime(booking->date()) + ").");
 }
 
 }  // namespace
@@ -232,9 +125,9 @@ std::string rangeText(const DateInput::Day& first, const DateInput::Day& last, b
 void showList(StoreSession& session, const DateInterval& interval, const std::string& range) {
   const Display display(session.calendar());
   const bool everything = interval.start == Date(-1e300);
-  const Listing shown = listing(session, interval);
+  const auto shown = Bookings::list(session, interval);
   if (shown.bookings.empty()) {
-    Terminal::message("No bookings " + range + "; the balance stays " + Display::amount(shown.before) + ".");
+    Terminal::message("No bookings " + range + "; the balance stays " + Display::amount(shown.beforeSeconds) + ".");
     return;
   }
   TextTable table({{"ID"}, {"Date"}, {"Amount", TextTable::Alignment::right}, {"Category"}, {"Note"}});
@@ -250,14 +143,14 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
   const std::size_t count = shown.bookings.size();
   table.addRule();
   table.addRow({std::to_string(count) + (count == 1 ? " booking" : " bookings"), "",
-                {Display::amount(shown.total), Terminal::styleForAmount(shown.total)}});
+                {Display::amount(shown.totalSeconds), Terminal::styleForAmount(shown.totalSeconds)}});
   if (everything) {
-    balanceRow("Starting balance", "", shown.before);
-    balanceRow("Resulting balance", "", shown.before + shown.total);
+    balanceRow("Starting balance", "", shown.beforeSeconds);
+    balanceRow("Resulting balance", "", shown.beforeSeconds + shown.totalSeconds);
   } else {
     const std::optional<Date> lastInstant = session.calendar().dateByAddingSeconds(-1, interval.end());
-    balanceRow("Balance before", display.day(interval.start), shown.before);
-    balanceRow("Balance after", lastInstant ? display.day(*lastInstant) : "", shown.before + shown.total);
+    balanceRow("Balance before", display.day(interval.start), shown.beforeSeconds);
+    balanceRow("Balance after", lastInstant ? display.day(*lastInstant) : "", shown.beforeSeconds + shown.totalSeconds);
   }
   Terminal::print(Terminal::styled("Bookings " + range, Terminal::Style::bold));
   Terminal::write(table.render());

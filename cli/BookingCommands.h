@@ -1,6 +1,7 @@
-// BookingCommands: `book` books a signed amount of time into the bank through
-// the core's transaction (refusals print its message and change nothing);
-// `bookings list` and `bookings delete` show and remove bookings.
+// BookingCommands: `book`, `bookings list` and `bookings delete` read their
+// options into the application's Bookings use cases (which hold the rules)
+// and print what they return; also the list options and range texts that
+// `work list` and the window's recent pages share.
 #pragma once
 
 #include <optional>

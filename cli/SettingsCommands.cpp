@@ -1,32 +1,27 @@
 #include "cli/SettingsCommands.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "cli/CommandFailure.h"
-#include "cli/CommandInput.h"
-#include "app/text/Display.h"
-#include "cli/JsonOutput.h"
-#include "app/records/RecordLookup.h"
+#include "app/InvalidInput.h"
 #include "app/session/StoreSession.h"
+#include "app/settings/OfferedKinds.h"
+#include "app/settings/OwnCategories.h"
+#include "app/settings/Schedules.h"
+#include "app/settings/Settings.h"
+#include "app/text/Display.h"
+#include "cli/CommandInput.h"
+#include "cli/JsonOutput.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/engine/DataStoreMaintenance.h"
-#include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/AdjustmentKindConfiguration.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
-#include "core/ledger/CustomAdjustmentCategory.h"
-#include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
 #include "core/ledger/QuickActionConfiguration.h"
 #include "core/ledger/WeekdayMinutes.h"
 #include "core/ledger/WorkSchedule.h"
-#include "platform/foundation/Text.h"
 
 namespace quillmont::SettingsCommands {
 namespace {
@@ -51,16 +46,14 @@ void addSettingsOptions(CLI::App& command, SettingsOptions& options) {
   command.add_option("--quick", options.quick, "The four quick-action amounts, e.g. 15,30,1h,2h")->type_name("LIST");
 }
 
+/// A week typed as seven durations; `option` is how the command spells it.
 WeekdayMinutes weekdayMinutes(const std::string& text, std::string_view option) {
   const auto values = CommandInput::minutesList(text, option, 7);
-  WeekdayMinutes week{};
-  for (std::size_t i = 0; i < week.size(); ++i) {
-    if (values[i] < 0 || values[i] > maximumDailyMinutes) {
-      throw UsageError(std::string(option) + ": a day's expected time lies between 0:00 and 24:00");
-    }
-    week[i] = values[i];
+  try {
+    return Settings::week(values, "week");
+  } catch (const InvalidInput& error) {
+    throw UsageError(std::string(option) + ": " + error.reason());
   }
-  return week;
 }
 
 std::string weekText(const WeekdayMinutes& week) {
@@ -72,37 +65,22 @@ std::string weekText(const WeekdayMinutes& week) {
   return text;
 }
 
-// Applies the options given; values are read first, so a bad one changes nothing.
-void apply(StoreSession& session, const SettingsOptions& options) {
-  TimeBankSettings& settings = session.settings();
-  std::optional<Date> start;
-  std::optional<std::int64_t> balance;
-  std::optional<WeekdayMinutes> week;
-  std::optional<std::vector<std::int64_t>> quick;
-  if (!options.start.empty()) {
-    start = DateInput::startOfDay(CommandInput::day(options.start, session.today(), "--start"), session.calendar());
-  }
+// Reads the options given, in order, before anything changes.
+Settings::Change change(StoreSession& session, const SettingsOptions& options) {
+  Settings::Change change;
+  if (!options.start.empty()) change.start = CommandInput::day(options.start, session.today(), "--start");
   if (!options.balance.empty()) {
-    balance = CommandInput::minutes(options.balance, "--balance");
-    if (std::abs(*balance) > DataStoreMaintenance::maximumBalanceMinutes) {
-      throw UsageError("--balance: the starting balance lies between " +
-                       Display::amountOfMinutes(-DataStoreMaintenance::maximumBalanceMinutes) + " and " +
-                       Display::amountOfMinutes(DataStoreMaintenance::maximumBalanceMinutes));
-    }
+    change.balanceMinutes = Settings::startingBalance(CommandInput::minutes(options.balance, "--balance"));
   }
-  if (!options.week.empty()) week = weekdayMinutes(options.week, "--week");
-  if (!options.quick.empty()) quick = CommandInput::minutesList(options.quick, "--quick", 4);
+  if (!options.week.empty()) change.week = weekdayMinutes(options.week, "--week");
+  if (!options.quick.empty()) change.quickActionMinutes = CommandInput::minutesList(options.quick, "--quick", 4);
+  return change;
+}
 
-  if (start) settings.setCalculationStartDate(*start);
-  if (balance) settings.setStartingBalanceMinutes(*balance);
-  if (week) settings.setWeekdayMinutes(*week);
-  if (quick) {
-    settings.setQuickActionMinutes(*quick);
-    const auto stored = settings.quickActionMinutes();
-    if (!std::equal(stored.begin(), stored.end(), quick->begin())) {
-      Terminal::warning("quick actions take one of the amounts 5, 10, 15, 20, 30, 45 min, 1, 1.5, 2, 3, 4, 6 or 8 hrs; "
-                        "the nearest were kept");
-    }
+void warnAbout(const Settings::Applied& applied) {
+  if (applied.quickActionsMoved) {
+    Terminal::warning("quick actions take one of the amounts 5, 10, 15, 20, 30, 45 min, 1, 1.5, 2, 3, 4, 6 or 8 hrs; "
+                      "the nearest were kept");
   }
 }
 
@@ -124,30 +102,19 @@ std::string kindsText(std::string_view rawValue) {
   return text.empty() ? "none" : text;
 }
 
-std::vector<CustomAdjustmentCategory> categories(const TimeBankSettings& settings) {
-  return CustomAdjustmentCategoryConfiguration::categories(settings.customAdjustmentCategoriesRawValue());
-}
-
 // ---- setup and settings ----
 
 void setup(const SettingsOptions& options) {
   StoreSession session;
-  session.journal("setup");
-  apply(session, options);
-  session.settings().setHasCompletedOnboarding(true);
-  // A bank set up here starts the manual ledger from the balance stated.
-  ManualLedgerMigration::beginLedger(session.context(), session.now(), false);
-  session.saveSettings();
+  warnAbout(Settings::setup(session, change(session, options)));
   Terminal::message("Set-up complete.");
   show(session);
 }
 
 void settings(const SettingsOptions& options) {
   StoreSession session;
-  session.journal("settings");
   if (!options.empty()) {
-    apply(session, options);
-    session.saveSettings();
+    warnAbout(Settings::change(session, change(session, options)));
     Terminal::message("Settings saved.");
   }
   show(session);
@@ -155,29 +122,22 @@ void settings(const SettingsOptions& options) {
 
 // ---- schedules ----
 
-std::vector<std::shared_ptr<WorkSchedule>> schedules(StoreSession& session) {
-  return session.context().fetch<WorkSchedule>({{}, {{&WorkSchedule::effectiveFrom}, {&WorkSchedule::modifiedAt}}});
-}
-
 void addSchedule(const std::string& from, const std::string& week) {
   StoreSession session;
-  session.journal("schedule add " + from);
-  const Date effectiveFrom = DateInput::startOfDay(CommandInput::day(from, session.today(), "DAY"), session.calendar());
-  const WeekdayMinutes minutes = weekdayMinutes(week, "WEEK");
-  auto schedule = std::make_shared<WorkSchedule>(UUID::random(), effectiveFrom, minutes, session.now(), session.now());
-  session.context().insert(schedule);
-  session.context().save();
+  const DateInput::Day first = CommandInput::day(from, session.today(), "DAY");
+  const auto schedule = Schedules::add(session, {first, weekdayMinutes(week, "WEEK"), from});
   Terminal::message("Added schedule " + Display::shortIdentifier(schedule->id()) + " from " +
-                    Display(session.calendar()).day(effectiveFrom) + ".");
+                    Display(session.calendar()).day(schedule->effectiveFrom()) + ".");
 }
 
 void listSchedules(bool json) {
   StoreSession session;
   const Display display(session.calendar());
+  const auto schedules = Schedules::list(session);
   if (json) {
     JsonOutput::print([&](JsonWriter& writer) {
       writer.beginArray();
-      for (const auto& schedule : schedules(session)) {
+      for (const auto& schedule : schedules) {
         writer.beginObject();
         writer.key("id");
         writer.string(schedule->id().uuidString());
@@ -204,7 +164,7 @@ void listSchedules(bool json) {
   std::vector<TextTable::Column> columns{{"ID"}, {"From"}};
   for (const char* name : weekdayNames) columns.push_back({name, TextTable::Alignment::right});
   TextTable table(columns);
-  for (const auto& schedule : schedules(session)) {
+  for (const auto& schedule : schedules) {
     std::vector<TextTable::Cell> row{Display::shortIdentifier(schedule->id()), display.day(schedule->effectiveFrom())};
     for (const std::int64_t minutes : schedule->weekdayMinutes()) {
       row.emplace_back(Display::duration(static_cast<double>(clampedDailyMinutes(minutes)) * 60.0));
@@ -219,31 +179,16 @@ void listSchedules(bool json) {
   Terminal::write(table.render());
 }
 
-/// Newest first: the schedule made last (createdAt), then the later first
-/// day, then the greater identifier.
-bool madeLater(const WorkSchedule& a, const WorkSchedule& b) {
-  using RecordLookup::recency;
-  if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
-  if (recency(a.effectiveFrom()) != recency(b.effectiveFrom())) {
-    return recency(a.effectiveFrom()) > recency(b.effectiveFrom());
-  }
-  return a.id() > b.id();
-}
-
 void removeSchedule(const std::string& identifier) {
   StoreSession session;
-  const auto found = RecordLookup::find(schedules(session), identifier, "schedule", madeLater);
-  session.journal("schedule remove " +
-                  (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(found.front()->id()) : identifier));
-  for (const auto& schedule : found) session.context().deleteRecord(schedule);
-  session.context().save();
-  Terminal::message("Removed schedule " + Display::shortIdentifier(found.front()->id()) + ".");
+  const auto removed = Schedules::remove(session, identifier);
+  Terminal::message("Removed schedule " + Display::shortIdentifier(removed->id()) + ".");
 }
 
 // ---- kinds ----
 
 void showKinds(StoreSession& session) {
-  const auto offered = AdjustmentKindConfiguration::kinds(session.settings().visibleAdjustmentKindsRawValue());
+  const auto offered = OfferedKinds::offered(session);
   TextTable table({{"Offered"}, {"Kind"}, {"Title"}});
   for (const BalanceAdjustmentKind kind : AdjustmentKindConfiguration::configurableKinds) {
     table.addRow({offered.contains(kind) ? "yes" : "no", std::string(kind.rawValue()), std::string(kind.title())});
@@ -251,120 +196,42 @@ void showKinds(StoreSession& session) {
   Terminal::write(table.render());
 }
 
-BalanceAdjustmentKind configurableKind(const std::string& text) {
-  const std::string wanted = Text::lowercased(text);
-  for (const BalanceAdjustmentKind kind : AdjustmentKindConfiguration::configurableKinds) {
-    if (Text::lowercased(kind.rawValue()) == wanted || Text::lowercased(kind.title()) == wanted) return kind;
-  }
-  std::string choices;
-  for (const BalanceAdjustmentKind kind : AdjustmentKindConfiguration::configurableKinds) {
-    choices += choices.empty() ? "" : ", ";
-    choices += kind.rawValue();
-  }
-  throw UsageError("'" + text + "' is not a kind that can be offered (choose from " + choices + ")");
-}
-
 void setKinds(const std::vector<std::string>& names, bool none) {
   if (none != names.empty()) throw UsageError("kinds: name the kinds to offer, or give --none");
   AdjustmentKindConfiguration::KindSet kinds;
-  for (const std::string& name : names) kinds.insert(configurableKind(name));
+  for (const std::string& name : names) kinds.insert(OfferedKinds::kind(name));
   StoreSession session;
-  session.journal("kinds");
-  session.settings().setVisibleAdjustmentKindsRawValue(AdjustmentKindConfiguration::rawValue(kinds));
-  session.saveSettings();
-  Terminal::message("Offered kinds: " + kindsText(session.settings().visibleAdjustmentKindsRawValue()) + ".");
+  const auto offered = OfferedKinds::offer(session, kinds);
+  Terminal::message("Offered kinds: " + kindsText(AdjustmentKindConfiguration::rawValue(offered)) + ".");
 }
 
 // ---- categories ----
 
-// The position of the category whose title equals `title` ignoring case.
-std::optional<std::size_t> categoryIndex(const std::vector<CustomAdjustmentCategory>& list, std::string_view title) {
-  const auto wanted = CustomAdjustmentCategory::fromTitle(title);
-  if (!wanted) return std::nullopt;
-  const std::string key = Text::lowercased(wanted->title());
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    if (Text::lowercased(list[i].title()) == key) return i;
-  }
-  return std::nullopt;
-}
-
-CustomAdjustmentCategory newCategory(const std::string& title) {
-  auto category = CustomAdjustmentCategory::fromTitle(CommandInput::text(title, "TITLE"));
-  if (!category) throw UsageError("a category needs a title that is not blank");
-  return *category;
-}
-
-// Stores the list when the settings keep every category of it (at most
-// maximumCount, titles unique ignoring case); refuses otherwise.
-void storeCategories(StoreSession& session, const std::vector<CustomAdjustmentCategory>& list,
-                     const CustomAdjustmentCategory& added) {
-  const std::string rawValue = CustomAdjustmentCategoryConfiguration::rawValue(list);
-  if (CustomAdjustmentCategoryConfiguration::categories(rawValue).size() != list.size()) {
-    if (list.size() > CustomAdjustmentCategory::maximumCount) {
-      throw CommandFailure("You can keep at most " + std::to_string(CustomAdjustmentCategory::maximumCount) +
-                           " categories of your own.");
-    }
-    throw CommandFailure("A category called \"" + added.title() + "\" exists already.");
-  }
-  session.settings().setCustomAdjustmentCategoriesRawValue(rawValue);
-}
-
 void addCategory(const std::string& title) {
-  const CustomAdjustmentCategory category = newCategory(title);
+  CommandInput::text(title, "TITLE");
   StoreSession session;
-  session.journal("category add " + title);
-  auto list = categories(session.settings());
-  list.push_back(category);
-  storeCategories(session, list, category);
-  session.saveSettings();
-  Terminal::message("Added category \"" + category.title() + "\".");
-}
-
-std::size_t existingCategory(const std::vector<CustomAdjustmentCategory>& list, const std::string& title) {
-  const auto index = categoryIndex(list, title);
-  if (!index) throw CommandFailure("There is no category called \"" + title + "\".");
-  return *index;
+  const auto added = OwnCategories::add(session, title);
+  Terminal::message("Added category \"" + added.title() + "\".");
 }
 
 void renameCategory(const std::string& from, const std::string& to) {
-  const CustomAdjustmentCategory renamed = newCategory(to);
+  CommandInput::text(to, "TITLE");
   StoreSession session;
-  session.journal("category rename " + from + " to " + to);
-  auto list = categories(session.settings());
-  const std::size_t index = existingCategory(list, from);
-  const CustomAdjustmentCategory previous = list[index];
-  list[index] = renamed;
-  storeCategories(session, list, renamed);
-  // Bookings follow their category to its new title.
-  std::size_t moved = 0;
-  if (previous.rawValue() != renamed.rawValue()) {
-    for (const auto& adjustment : session.context().fetch<BalanceAdjustment>()) {
-      if (adjustment->kindRawValue() != previous.rawValue()) continue;
-      adjustment->setKindRawValue(renamed.rawValue());
-      adjustment->setModifiedAt(session.now());
-      ++moved;
-    }
-  }
-  session.saveSettings();
-  Terminal::message("Renamed category \"" + previous.title() + "\" to \"" + renamed.title() + "\" (" +
+  const auto renamed = OwnCategories::rename(session, from, to);
+  const std::size_t moved = renamed.bookingsMoved;
+  Terminal::message("Renamed category \"" + renamed.previous.title() + "\" to \"" + renamed.renamed.title() + "\" (" +
                     std::to_string(moved) + (moved == 1 ? " booking" : " bookings") + " moved).");
 }
 
 void removeCategory(const std::string& title) {
   StoreSession session;
-  session.journal("category remove " + title);
-  auto list = categories(session.settings());
-  const std::size_t index = existingCategory(list, title);
-  const CustomAdjustmentCategory removed = list[index];
-  list.erase(list.begin() + static_cast<std::ptrdiff_t>(index));
-  session.settings().setCustomAdjustmentCategoriesRawValue(CustomAdjustmentCategoryConfiguration::rawValue(list));
-  session.saveSettings();
+  const auto removed = OwnCategories::remove(session, title);
   Terminal::message("Removed category \"" + removed.title() + "\"; its bookings keep it.");
 }
 
 void listCategories(bool json) {
   StoreSession session;
-  const auto list = categories(session.settings());
+  const auto list = OwnCategories::list(session.settings());
   if (json) {
     JsonOutput::print([&](JsonWriter& writer) {
       writer.beginArray();
@@ -402,9 +269,9 @@ void show(StoreSession& session) {
   row("Quick actions", quickActionsText(settings));
   row("Offered kinds", kindsText(settings.visibleAdjustmentKindsRawValue()));
   std::string own;
-  for (const auto& category : categories(settings)) own += (own.empty() ? "" : ", ") + category.title();
+  for (const auto& category : OwnCategories::list(settings)) own += (own.empty() ? "" : ", ") + category.title();
   row("Own categories", own.empty() ? "none" : own);
-  row("Schedules", std::to_string(session.context().fetch<WorkSchedule>().size()));
+  row("Schedules", std::to_string(Schedules::list(session).size()));
 }
 
 void install(CommandSet& commands) {

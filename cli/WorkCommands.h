@@ -1,8 +1,8 @@
-// WorkCommands: worked time. `timer start|stop|toggle|status` runs the
-// timer through the core's timer sessions; `work add|edit|delete|list` keeps
-// intervals typed in by hand. Work that would overlap other work is refused
-// unless --force says it is meant (WorkOverlap decides), and every change of
-// work says what the entry now spans and is worth.
+// WorkCommands: worked time on the command line. `timer start|stop|toggle|
+// status` and `work add|edit|delete|list` read their options into the
+// application's Timer and WorkEntries use cases (which hold every rule) and
+// print what they return: every change of work says what the entry now
+// spans and is worth.
 #pragma once
 
 #include <string>

@@ -76,7 +76,12 @@ QVariant HistoryModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant HistoryModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return QAbstractTableModel::headerData(section, orientation, role);
+  if (orientation != Qt::Horizontal) return QAbstractTableModel::headerData(section, orientation, role);
+  if (role == Qt::TextAlignmentRole) {
+    const bool number = section == Column::amount || section == Column::balanceAfter;
+    return QVariant::fromValue((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+  }
+  if (role != Qt::DisplayRole) return {};
   switch (section) {
     case Column::when: return "When";
     case Column::what: return "What";

@@ -28,7 +28,6 @@ HistoryPage::HistoryPage(QWidget* parent)
   QHeaderView* header = view_->horizontalHeader();
   header->setSectionResizeMode(QHeaderView::Interactive);
   header->setStretchLastSection(true);
-  header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   const int digit = view_->fontMetrics().horizontalAdvance('0');
   view_->setColumnWidth(HistoryModel::when, digit * 30);
   view_->setColumnWidth(HistoryModel::what, digit * 22);

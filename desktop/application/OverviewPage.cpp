@@ -1,6 +1,7 @@
 #include "desktop/application/OverviewPage.h"
 
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -84,11 +85,16 @@ OverviewPage::OverviewPage(QWidget* parent)
   layout->addWidget(caption);
   layout->addWidget(balance_);
   layout->addSpacing(16);
-  layout->addLayout(figures);
+  // The figures stand as one block under the balance, centred with it.
+  auto* centred = new QHBoxLayout;
+  centred->addStretch(1);
+  centred->addLayout(figures);
+  centred->addStretch(1);
+  layout->addLayout(centred);
   layout->addSpacing(16);
   layout->addWidget(setUp_);
   layout->addWidget(note);
-  layout->addStretch(2);
+  layout->addStretch(3);
   clear();
 }
 
@@ -104,7 +110,8 @@ void OverviewPage::show(StoreSession& session) {
                       : QString("not running"));
   const bool unsettled = figures_.unsettledSince.has_value();
   unsettled_->setText(unsettled ? text(Display::amount(figures_.unsettledSeconds)) + " since " +
-                                      text(display.day(*figures_.unsettledSince)) + " (settle with quillmont settle)"
+                                      text(display.day(*figures_.unsettledSince)) +
+                                      " (not in the balance until settled)"
                                 : QString());
   unsettledLabel_->setVisible(unsettled);
   unsettled_->setVisible(unsettled);

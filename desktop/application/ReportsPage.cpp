@@ -26,7 +26,10 @@ void setUpTable(QTableView* view, const QString& name) {
   view->verticalHeader()->hide();
   view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 8);
-  view->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  // The first column takes what the figures leave; they keep their width.
+  view->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  view->horizontalHeader()->setMinimumSectionSize(view->fontMetrics().horizontalAdvance(QString::fromUtf8("\u221200:00")) + 24);
+  view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
 QStandardItem* item(const std::string& text, Qt::Alignment alignment) {
@@ -69,6 +72,7 @@ ReportsPage::ReportsPage(QWidget* parent)
   dayView_->setModel(days_);
   setUpTable(dayView_, "Days");
   categories_->setHorizontalHeaderLabels({"Category", "Bookings", "Total"});
+  categories_->horizontalHeaderItem(0)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   categories_->horizontalHeaderItem(1)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
   categories_->horizontalHeaderItem(2)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
   categoryView_->setModel(categories_);

@@ -3,6 +3,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/session/StoreSession.h"
@@ -45,7 +46,12 @@ OverviewPage::OverviewPage(QWidget* parent)
       timer_(valueLabel(this, "Timer")),
       unsettledLabel_(new QLabel("Unsettled", this)),
       unsettled_(valueLabel(this, "Unsettled")),
-      setUp_(new QLabel(this)) {
+      setUp_(new QLabel(this)),
+      tick_(new QTimer(this)) {
+  tick_->setInterval(60 * 1000);
+  connect(tick_, &QTimer::timeout, this, [this] {
+    if (isVisible()) refresh();
+  });
   auto* caption = new QLabel("Balance", this);
   QFont captionFont = caption->font();
   captionFont.setPointSizeF(captionFont.pointSizeF() * 1.2);
@@ -116,6 +122,11 @@ void OverviewPage::show(StoreSession& session) {
   unsettledLabel_->setVisible(unsettled);
   unsettled_->setVisible(unsettled);
   setUp_->setVisible(!figures_.isConfigured);
+  if (figures_.runningSince) {
+    if (!tick_->isActive()) tick_->start();
+  } else {
+    tick_->stop();
+  }
 }
 
 void OverviewPage::clear() {
@@ -125,6 +136,7 @@ void OverviewPage::clear() {
   unsettledLabel_->hide();
   unsettled_->hide();
   setUp_->hide();
+  tick_->stop();
 }
 
 QString OverviewPage::balanceText() const { return balance_->text(); }

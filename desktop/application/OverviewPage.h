@@ -1,12 +1,14 @@
 // OverviewPage: the balance in large digits and today's figures below it:
 // what was credited and debited today, the time worked, the timer, what
-// is not settled yet, and a note while set-up is not complete.
+// is not settled yet, and a note while set-up is not complete. While the
+// timer runs, the page reads its figures again every minute.
 #pragma once
 
 #include "app/overview/Overview.h"
 #include "desktop/application/Page.h"
 
 class QLabel;
+class QTimer;
 
 namespace quillmont {
 
@@ -37,6 +39,8 @@ class OverviewPage final : public Page {
   QLabel* unsettledLabel_;
   QLabel* unsettled_;
   QLabel* setUp_;
+  /// Reads again each minute while a timer runs and the page is shown.
+  QTimer* tick_;
 };
 
 }  // namespace quillmont

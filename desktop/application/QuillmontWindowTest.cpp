@@ -138,6 +138,18 @@ TEST_F(QuillmontWindowTest, AnEmptyStoreAsksForSetUpAndListsNothing) {
   EXPECT_THAT(window.settingsPage().value("Set-up").toStdString(), StartsWith("not complete"));
 }
 
+TEST_F(QuillmontWindowTest, ARunningTimerShowsWhenItStarted) {
+  run({"setup", "--start", "today", "--balance", "0"});
+  run({"timer", "start"});
+  QuillmontWindow window;
+  window.open(AppRoute::overview);
+  EXPECT_THAT(window.overviewPage().timerText().toStdString(), StartsWith("running since "));
+  EXPECT_TRUE(window.overviewPage().figures().runningSince.has_value());
+  run({"timer", "stop"});
+  window.refresh();
+  EXPECT_EQ(window.overviewPage().timerText(), "not running");
+}
+
 TEST_F(QuillmontWindowTest, AStoreThatCannotBeReadLeavesThePageEmptyAndSaysWhy) {
   run({"setup", "--start", "today", "--balance", "2:00"});
   QuillmontWindow window;

@@ -1,5 +1,7 @@
 #include "desktop/application/QuillmontWindow.h"
 
+#include <QAction>
+#include <QKeySequence>
 #include <QTabWidget>
 
 #include "desktop/application/HistoryPage.h"
@@ -33,6 +35,22 @@ QuillmontWindow::QuillmontWindow(QWidget* parent)
     pages_.push_back(shown);
   }
   current_.assign(pages_.size(), false);
+  // Ctrl+1 to Ctrl+4 go to the pages, F5 reads the page on show again,
+  // Ctrl+W closes the window (the program keeps running in its widget).
+  for (const AppRoute route : AppRoute::allCases()) {
+    auto* go = new QAction(tabs_->tabText(static_cast<int>(route.value())), this);
+    go->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(route.value()))));
+    connect(go, &QAction::triggered, this, [this, route] { tabs_->setCurrentIndex(static_cast<int>(route.value())); });
+    addAction(go);
+  }
+  auto* reload = new QAction("Reload", this);
+  reload->setShortcut(QKeySequence::Refresh);
+  connect(reload, &QAction::triggered, this, &QuillmontWindow::refresh);
+  addAction(reload);
+  auto* closing = new QAction("Close", this);
+  closing->setShortcut(QKeySequence::Close);
+  connect(closing, &QAction::triggered, this, &QWidget::close);
+  addAction(closing);
   setCentralWidget(tabs_);
   resize(820, 600);
   connect(tabs_, &QTabWidget::currentChanged, this, [this](int index) {

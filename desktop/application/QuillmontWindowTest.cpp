@@ -11,6 +11,7 @@
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTest>
 
 #include <cstdlib>
 #include <filesystem>
@@ -121,6 +122,12 @@ TEST_F(QuillmontWindowTest, EachPageShowsTheStoresFiguresAndFollowsItsChanges) {
   EXPECT_EQ(settings.value("Set-up"), "complete");
   EXPECT_EQ(settings.value("Starting balance"), "+2:00");
   EXPECT_THAT(settings.value("Planned week").toStdString(), HasSubstr("Sun 8:00"));
+
+  // The keyboard reaches every page.
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
+  EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::history));
 
   window.resize(900, 640);
   for (const AppRoute route : AppRoute::allCases()) saveScreenshot(window, route);

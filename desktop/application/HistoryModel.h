@@ -1,7 +1,7 @@
 // HistoryModel: the history as a table model, one row per booking or work
 // entry, newest first: when, what (the booking's category, or work), the
-// amount (signed for bookings, the time worked for work), the balance
-// after each booking, and the note. Texts are made when a view asks for
+// note, the amount (signed for bookings, the time worked for work) and the
+// balance after each booking. Texts are made when a view asks for
 // them, so a history of years costs one vector of plain rows.
 #pragma once
 
@@ -19,7 +19,7 @@ class HistoryModel final : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  enum Column { when, what, amount, balanceAfter, note };
+  enum Column { when, what, note, amount, balanceAfter };
   static constexpr int columns = 5;
   /// The record's identifier, for Qt::UserRole.
   static constexpr int identifierRole = Qt::UserRole;

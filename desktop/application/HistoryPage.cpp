@@ -27,7 +27,8 @@ HistoryPage::HistoryPage(QWidget* parent)
   view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 8);
   QHeaderView* header = view_->horizontalHeader();
   header->setSectionResizeMode(QHeaderView::Interactive);
-  header->setStretchLastSection(true);
+  // The note takes the room the figures leave; they stay at the right edge.
+  header->setSectionResizeMode(HistoryModel::note, QHeaderView::Stretch);
   const int digit = view_->fontMetrics().horizontalAdvance('0');
   view_->setColumnWidth(HistoryModel::when, digit * 30);
   view_->setColumnWidth(HistoryModel::what, digit * 22);

@@ -4,87 +4,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include "app/overview/Overview.h"
 #include "app/text/Display.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
-#include "core/engine/PeriodBalances.h"
-#include "core/engine/PublicHolidays.h"
-#include "core/engine/Settlement.h"
-#include "core/engine/TimeBankCalculator.h"
-#include "core/engine/TimerSessionController.h"
-#include "core/widgetstate/WidgetSnapshotBuilder.h"
 #include "platform/foundation/JsonWriter.h"
 
 namespace quillmont::OverviewCommand {
 namespace {
 
-struct Overview {
-  double balanceSeconds = 0;
-  double todayCreditSeconds = 0;
-  double todayDebitSeconds = 0;
-  double todayWorkedSeconds = 0;
-  std::optional<Date> runningSince;
-  bool isConfigured = false;
-  /// What settling through yesterday would book, and its first day.
-  double unsettledSeconds = 0;
-  std::optional<Date> unsettledSince;
-};
-
-// The balance and today's credits and debits are the widget's own figures.
-Overview compute(StoreSession& session) {
-  Overview overview;
-  const Date now = session.now();
-  const WidgetSnapshot snapshot = WidgetSnapshotBuilder::make(session.context(), now);
-  overview.balanceSeconds = snapshot.balanceSeconds;
-  overview.todayCreditSeconds = snapshot.todayWorkedSeconds;
-  overview.todayDebitSeconds = snapshot.todayExpectedSeconds;
-  overview.isConfigured = snapshot.isConfigured;
-  // Worked time of today, a running entry up to now, counted as the day
-  // balances count it (time several entries cover once). Three columns of
-  // the entries that run or reach today; only when one of them began before
-  // today are the entries chained to it read as well.
-  const Date today = session.calendar().startOfDay(now);
-  const RowFilter runningOrToday =
-      PeriodBalances::reaching(today, now).orElse(RowFilter::allOf({{"endedAt", RowFilter::Op::isNull, {}}}));
-  std::size_t running = 0;
-  std::optional<Date> runningStart;
-  const auto sumToday = [&] {
-    running = 0;
-    std::vector<TimeBankCalculator::detail::ObservedWorkInterval> found;
-    session.context().forEach<WorkEntry>(
-        {"startedAt", "endedAt", "breakMinutes"}, runningOrToday, [&](const WorkEntry& entry) {
-          if (entry.isRunning()) {
-            ++running;
-            runningStart = entry.startedAt();
-          }
-          if (auto seen = TimeBankCalculator::detail::observedInterval(entry, now)) found.push_back(*seen);
-        });
-    overview.todayWorkedSeconds = PeriodBalances::workedToday(session.context(), std::move(found), now,
-                                                              session.calendar());
-  };
-  sumToday();
-  // One running entry that started by now is what the timer's repairs would
-  // keep as it is; anything else (several, or a start still to come) gets
-  // them, and today's sum is taken again from the repaired entries.
-  if (running == 1 && *runningStart <= now) {
-    overview.runningSince = runningStart;
-  } else if (running > 0) {
-    if (const auto kept = TimerSessionController::runningEntry(session.context(), now)) {
-      overview.runningSince = kept->startedAt();
-    }
-    sumToday();
-  }
-  if (overview.isConfigured) {
-    const auto holidays = PublicHolidays::days(PublicHolidays::read(*session.container(), session.calendar()));
-    const auto unsettled =
-        Settlement::unsettled(session.context(), session.settings(), now, holidays, session.calendar());
-    overview.unsettledSeconds = static_cast<double>(unsettled.minutes) * 60.0;
-    overview.unsettledSince = unsettled.since;
-  }
-  return overview;
-}
-
-void printJSON(const Overview& overview, const Display& display) {
+void printJSON(const Overview::Figures& overview, const Display& display) {
   std::string text;
   JsonWriter writer(text, JsonWriter::Options{.prettyPrinted = true, .escapeSlashes = false, .sortedKeys = true});
   writer.beginObject();
@@ -120,7 +49,7 @@ void printJSON(const Overview& overview, const Display& display) {
   Terminal::print(text);
 }
 
-void printText(const Overview& overview, const Display& display, Date now) {
+void printText(const Overview::Figures& overview, const Display& display, Date now) {
   using Terminal::Style;
   using Terminal::styled;
   const auto row = [](std::string_view label, const std::string& value) {
@@ -165,7 +94,7 @@ void printText(const Overview& overview, const Display& display, Date now) {
 }  // namespace
 
 void show(StoreSession& session, bool json) {
-  const Overview overview = compute(session);
+  const Overview::Figures overview = Overview::read(session);
   const Display display(session.calendar());
   if (json) {
     printJSON(overview, display);

@@ -9,15 +9,12 @@
 #include "cli/CommandInput.h"
 #include "app/text/Display.h"
 #include "cli/CommandFiles.h"
+#include "app/reports/Reports.h"
 #include "cli/JsonOutput.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/engine/PeriodBalances.h"
-#include "core/engine/PublicHolidays.h"
-#include "core/engine/Settlement.h"
-#include "core/ledger/BalanceAdjustment.h"
 #include "core/reports/TimeBankReporting.h"
 #include "platform/foundation/Text.h"
 
@@ -43,27 +40,7 @@ struct LedgerOptions {
   std::string output;
 };
 
-/// What a report covers: a calendar week or month (by the user's calendar),
-/// an ISO year, or the days typed.
-enum class Span { week, month, year, days };
-
-using Holidays = std::vector<PublicHolidays::Holiday>;
-
-// A report and the public holidays it names.
-struct Made {
-  TimeBankReport report;
-  Holidays holidays;
-};
-
-// The report over `interval`: day balances through its end or now, whichever
-// is earlier, cut to the interval; nothing is planned on public holidays.
-Made reportOver(StoreSession& session, const DateInterval& interval) {
-  const Date through = std::min(interval.end(), session.now());
-  Holidays holidays = PublicHolidays::read(*session.container(), session.calendar());
-  const auto days = PeriodBalances::read(session.context(), session.settings(), interval.start, through,
-                                         session.calendar(), PublicHolidays::days(holidays));
-  return {TimeBankReporting::report(days, interval), std::move(holidays)};
-}
+using Span = Reports::Span;
 
 DateInput::Day chosenDay(StoreSession& session, const std::string& text) {
   return text.empty() ? session.today() : CommandInput::day(text, session.today(), "--date");
@@ -71,22 +48,9 @@ DateInput::Day chosenDay(StoreSession& session, const std::string& text) {
 
 // The interval a span covers around `day`; --from and --to for days.
 DateInterval spanInterval(StoreSession& session, Span span, const DateInput::Day& day, const RangeOptions& options) {
-  const Calendar& calendar = session.calendar();
-  switch (span) {
-    case Span::week:
-    case Span::month: {
-      const Date midday = DateInput::midday(day, calendar);
-      const auto unit = span == Span::week ? Calendar::Unit::weekOfYear : Calendar::Unit::month;
-      return calendar.dateInterval(unit, midday).value_or(DateInterval(midday, 0));
-    }
-    case Span::year:
-      return DateInterval::between(DateInput::startOfDay({day.year, 1, 1}, calendar),
-                                   DateInput::endOfDay({day.year, 12, 31}, calendar));
-    case Span::days:
-      break;
-  }
+  if (span != Span::days) return Reports::periodAround(span, day, session.calendar());
   if (options.from.empty() || options.to.empty()) throw UsageError("report: give --from and --to, or a period");
-  return CommandInput::days(options.from, options.to, day, day, session.today(), calendar);
+  return CommandInput::days(options.from, options.to, day, day, session.today(), session.calendar());
 }
 
 std::string spanTitle(Span span) {
@@ -122,7 +86,7 @@ std::string scaleLabel(const TimeBankReporting::HourRange& range) {
   return Display::amount(range.lowerBound * 3600.0) + " \u2026 " + Display::amount(range.upperBound * 3600.0);
 }
 
-TextTable dayTable(const TimeBankReport& report, const Holidays& holidays, const Display& display,
+TextTable dayTable(const Reports::Report& made, const Display& display,
                    const std::optional<TimeBankReporting::HourRange>& range, int chartColumns) {
   using Alignment = TextTable::Alignment;
   std::vector<TextTable::Column> columns{{"Day"},
@@ -132,10 +96,11 @@ TextTable dayTable(const TimeBankReport& report, const Holidays& holidays, const
                                          {"Difference", Alignment::right}};
   if (range) columns.push_back({scaleLabel(*range)});
   TextTable table(std::move(columns));
+  const TimeBankReport& report = made.report;
   for (const DayBalance& day : report.days) {
     const double balance = day.balanceSeconds();
     std::string dayText = display.weekday(day.date) + " " + display.day(day.date);
-    if (const auto holiday = PublicHolidays::name(holidays, day.date)) dayText += " " + *holiday;
+    if (const auto holiday = made.holidayOn(day.date)) dayText += " " + *holiday;
     std::vector<TextTable::Cell> cells{std::move(dayText),
                                        Display::duration(day.workedSeconds), Display::amount(day.adjustmentSeconds),
                                        Display::duration(day.expectedSeconds),
@@ -150,61 +115,8 @@ TextTable dayTable(const TimeBankReport& report, const Holidays& holidays, const
   return table;
 }
 
-// Bookings of the report's days by category, in order of first appearance:
-// how many and their sum.
-struct CategoryTotal {
-  std::string title;
-  std::string category;
-  std::int64_t count = 0;
-  double seconds = 0;
-};
-
-std::vector<CategoryTotal> categoryTotals(StoreSession& session, const TimeBankReport& report) {
-  // One pass over four columns in row order; a category's place is that of
-  // its first booking by date, then identifier.
-  struct Tally {
-    CategoryTotal total;
-    std::pair<Date, UUID> first;
-  };
-  std::vector<Tally> tallies;
-  std::vector<std::pair<std::string, std::string>> titles;  // raw value, title: a few distinct ones
-  const Date through = std::min(report.interval.end(), session.now());
-  using Op = RowFilter::Op;
-  const RowFilter inPeriod =
-      RowFilter::allOf({{"date", Op::greaterOrEqual, report.interval.start}, {"date", Op::lessOrEqual, through}});
-  // Over a long stretch every row, with the same test here.
-  const bool readAll = through - report.interval.start > PeriodBalances::longStretch;
-  session.context().forEach<BalanceAdjustment>(
-      {"date", "id", "minutes", "kindRawValue"}, readAll ? RowFilter{} : inPeriod, [&](const BalanceAdjustment& booking) {
-        if (readAll && !(booking.date() >= report.interval.start && booking.date() <= through)) return;
-        if (booking.minutes() == 0) return;
-        const std::string& rawValue = booking.kindRawValue();
-        auto known = std::find_if(titles.begin(), titles.end(), [&](const auto& pair) { return pair.first == rawValue; });
-        if (known == titles.end()) known = titles.insert(titles.end(), {rawValue, booking.category().title});
-        // Settlements are not adjustments of the day (its difference holds
-        // them already): a line of their own says where that time went.
-        static const std::string settled = "Settled worked time";
-        const std::string& title =
-            Settlement::isSettlement(booking.id(), booking.date(), session.calendar()) ? settled : known->second;
-        const std::pair<Date, UUID> key{booking.date(), booking.id()};
-        auto found = std::find_if(tallies.begin(), tallies.end(), [&](const auto& tally) { return tally.total.title == title; });
-        if (found == tallies.end()) found = tallies.insert(tallies.end(), {{title, rawValue}, key});
-        if (key < found->first) {
-          found->first = key;
-          found->total.category = rawValue;
-        }
-        ++found->total.count;
-        found->total.seconds += static_cast<double>(booking.minutes()) * 60.0;
-      });
-  std::stable_sort(tallies.begin(), tallies.end(), [](const Tally& a, const Tally& b) { return a.first < b.first; });
-  std::vector<CategoryTotal> totals;
-  totals.reserve(tallies.size());
-  for (auto& tally : tallies) totals.push_back(std::move(tally.total));
-  return totals;
-}
-
 void printCategoryTotals(StoreSession& session, const TimeBankReport& report) {
-  const auto totals = categoryTotals(session, report);
+  const auto totals = Reports::categoryTotals(session, report);
   if (totals.empty()) return;
   TextTable table({{"Category"}, {"Bookings", TextTable::Alignment::right}, {"Total", TextTable::Alignment::right}});
   for (const auto& total : totals) {
@@ -214,16 +126,6 @@ void printCategoryTotals(StoreSession& session, const TimeBankReport& report) {
   Terminal::write(table.render());
 }
 
-/// The day through which a report counts, when the period reaches past today.
-std::optional<Date> throughToday(StoreSession& session, const TimeBankReport& report) {
-  const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
-  if (report.interval.start <= session.now() && session.now() < report.interval.end() &&
-      session.calendar().startOfDay(session.now()) < lastDay) {
-    return session.now();
-  }
-  return std::nullopt;
-}
-
 void writeDayFigures(JsonWriter& writer, double worked, double adjustments, double planned, double difference) {
   JsonOutput::duration(writer, "worked", worked);
   JsonOutput::amount(writer, "adjustments", adjustments);
@@ -231,10 +133,10 @@ void writeDayFigures(JsonWriter& writer, double worked, double adjustments, doub
   JsonOutput::amount(writer, "difference", difference);
 }
 
-void showJSON(StoreSession& session, const Made& made, Span span) {
+void showJSON(StoreSession& session, const Reports::Report& made, Span span) {
   const TimeBankReport& report = made.report;
   const Display display(session.calendar());
-  const auto through = throughToday(session, report);
+  const auto& through = made.throughToday;
   JsonOutput::print([&](JsonWriter& writer) {
     writer.beginObject();
     writer.key("period");
@@ -242,7 +144,7 @@ void showJSON(StoreSession& session, const Made& made, Span span) {
     writer.key("from");
     writer.string(display.day(report.interval.start));
     writer.key("to");
-    writer.string(display.day(session.calendar().startOfDay(report.interval.end() - 1)));
+    writer.string(display.day(made.lastDay));
     JsonOutput::text(writer, "through", through ? std::optional(display.day(*through)) : std::nullopt);
     writer.key("days");
     writer.beginArray();
@@ -250,7 +152,7 @@ void showJSON(StoreSession& session, const Made& made, Span span) {
       writer.beginObject();
       writer.key("date");
       writer.string(display.day(day.date));
-      JsonOutput::text(writer, "holiday", PublicHolidays::name(made.holidays, day.date));
+      JsonOutput::text(writer, "holiday", made.holidayOn(day.date));
       writeDayFigures(writer, day.workedSeconds, day.adjustmentSeconds, day.expectedSeconds, day.balanceSeconds());
       writer.endObject();
     }
@@ -262,7 +164,7 @@ void showJSON(StoreSession& session, const Made& made, Span span) {
     writer.endObject();
     writer.key("categories");
     writer.beginArray();
-    for (const auto& total : categoryTotals(session, report)) {
+    for (const auto& total : Reports::categoryTotals(session, report)) {
       writer.beginObject();
       writer.key("title");
       writer.string(total.title);
@@ -278,13 +180,12 @@ void showJSON(StoreSession& session, const Made& made, Span span) {
   });
 }
 
-void show(StoreSession& session, const Made& made, Span span) {
+void show(StoreSession& session, const Reports::Report& made, Span span) {
   const TimeBankReport& report = made.report;
   const Display display(session.calendar());
-  const Date lastDay = session.calendar().startOfDay(report.interval.end() - 1);
-  std::string title = spanTitle(span) + " " + display.day(report.interval.start) + " to " + display.day(lastDay);
+  std::string title = spanTitle(span) + " " + display.day(report.interval.start) + " to " + display.day(made.lastDay);
   // A period that reaches past today is reported through today, and says so.
-  if (const auto through = throughToday(session, report)) title += ", through today " + display.day(*through);
+  if (made.throughToday) title += ", through today " + display.day(*made.throughToday);
   Terminal::print(Terminal::styled(title, Terminal::Style::bold));
   if (report.days.empty()) {
     Terminal::print("No days to report: the period lies before the calculation start or in the future.");
@@ -292,17 +193,17 @@ void show(StoreSession& session, const Made& made, Span span) {
   }
   // The chart takes what the terminal leaves, up to its full width, and is
   // left out when too little is left to read it.
-  const auto range = TimeBankReporting::chartHourRange(report);
+  const auto& range = made.chartRange;
   int chartColumns = chartWidth;
   if (const auto columns = Terminal::width()) {
-    const std::size_t without = dayTable(report, made.holidays, display, std::nullopt, 0).width();
+    const std::size_t without = dayTable(made, display, std::nullopt, 0).width();
     const std::size_t label = Text::displayWidth(scaleLabel(range));
     const long left = static_cast<long>(*columns) - static_cast<long>(without) - 2;
     chartColumns = static_cast<int>(std::clamp<long>(left, 0, chartWidth));
     if (chartColumns < minimumChartWidth || static_cast<long>(label) > left) chartColumns = 0;
   }
   const auto chart = chartColumns > 0 ? std::optional(range) : std::nullopt;
-  const auto table = dayTable(report, made.holidays, display, chart, chartColumns);
+  const auto table = dayTable(made, display, chart, chartColumns);
   Terminal::write(table.render());
   printCategoryTotals(session, report);
 }
@@ -323,7 +224,7 @@ Span spanOfPeriod(const std::string& period) {
 void showReport(StoreSession& session, ReportGranularity granularity, Date date) {
   const Span span = granularity == ReportGranularity::week ? Span::week : Span::month;
   const DateInput::Day day = DateInput::dayOf(date, session.calendar());
-  show(session, reportOver(session, spanInterval(session, span, day, RangeOptions{})), span);
+  show(session, Reports::make(session, spanInterval(session, span, day, RangeOptions{})), span);
 }
 
 namespace {
@@ -339,7 +240,7 @@ void installReport(CommandSet& commands) {
                                     const bool days = !rangeOptions->from.empty() || !rangeOptions->to.empty();
                                     const Span span = days ? Span::days : Span::month;
                                     const auto made =
-                                        reportOver(session, spanInterval(session, span, session.today(), *rangeOptions));
+                                        Reports::make(session, spanInterval(session, span, session.today(), *rangeOptions));
                                     rangeOptions->json ? showJSON(session, made, span) : show(session, made, span);
                                   });
   report->add_option("--from", rangeOptions->from, "First day of a range (YYYY-MM-DD), with --to")->type_name("DAY");
@@ -356,7 +257,7 @@ void installReport(CommandSet& commands) {
                                      [options, span] {
                                        StoreSession session;
                                        const DateInput::Day day = chosenDay(session, options->date);
-                                       const auto made = reportOver(session, spanInterval(session, span, day, *options));
+                                       const auto made = Reports::make(session, spanInterval(session, span, day, *options));
                                        options->json ? showJSON(session, made, span) : show(session, made, span);
                                      });
     command->add_option("--date", options->date, "A day of the " + period + " (YYYY-MM-DD)")->type_name("DAY");
@@ -377,8 +278,8 @@ void installCsv(CommandSet& commands) {
           const bool range = !tableOptions->range.from.empty() || !tableOptions->range.to.empty();
           const Span span = range ? Span::days : spanOfPeriod(tableOptions->period);
           const DateInput::Day day = chosenDay(session, tableOptions->range.date);
-          const auto table = reportOver(session, spanInterval(session, span, day, tableOptions->range));
-          writeDocument(tableOptions->output, TimeBankReporting::csv(table.report, session.calendar()));
+          writeDocument(tableOptions->output,
+                        Reports::daysCSV(session, spanInterval(session, span, day, tableOptions->range)));
         });
     commands.oneOf(days->add_option("--period", tableOptions->period, "week, month or year (default month)"), periods)
         ->type_name("PERIOD");
@@ -399,9 +300,7 @@ void installCsv(CommandSet& commands) {
           const DateInput::Day firstOfMonth{today.year, today.month, 1};
           const DateInterval interval = CommandInput::days(ledgerOptions->from, ledgerOptions->to, firstOfMonth, today,
                                                            today, session.calendar());
-          writeDocument(
-              ledgerOptions->output,
-              TimeBankReporting::ledgerCSV(session.context().fetch<BalanceAdjustment>(), interval, session.calendar()));
+          writeDocument(ledgerOptions->output, Reports::ledgerCSV(session, interval));
         });
     ledger->add_option("--from", ledgerOptions->from, "First day (YYYY-MM-DD); the first of this month by default")
         ->type_name("DAY");

@@ -5,14 +5,14 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/CommandFailure.h"
+#include "app/InvalidInput.h"
 #include "cli/CommandInput.h"
 #include "app/text/Display.h"
 #include "app/session/StoreSession.h"
 #include "cli/Terminal.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
-#include "core/engine/PublicHolidays.h"
+#include "app/settlement/Settling.h"
 #include "core/engine/Settlement.h"
 
 namespace quillmont::SettleCommands {
@@ -37,63 +37,43 @@ std::string bookingText(const Settlement::Day& day, bool dryRun) {
 
 void settle(const Options& options) {
   StoreSession session;
-  if (!session.settings().hasCompletedOnboarding()) {
-    throw CommandFailure("the time bank is not set up yet; finish with `quillmont setup` first");
+  Settling::Request request;
+  request.dryRun = options.dryRun;
+  if (!options.through.empty()) request.through = CommandInput::day(options.through, session.today(), "--through");
+  if (!options.from.empty()) request.from = CommandInput::day(options.from, session.today(), "--from");
+  Settling::Result result;
+  try {
+    result = Settling::settle(session, request);
+  } catch (const InvalidInput& error) {
+    throw UsageError("settle: --" + error.field() + " " + error.reason());
   }
-  const Calendar& calendar = session.calendar();
-  const DateInput::Day today = session.today();
-  const Date todayStart = DateInput::startOfDay(today, calendar);
-  Date last = todayStart - 1.0;
-  if (!options.through.empty()) {
-    last = DateInput::midday(CommandInput::day(options.through, today, "--through"), calendar);
-    if (!(last < todayStart)) throw UsageError("settle: --through must lie before today, which is not over yet");
-  }
-  std::optional<Date> first = Settlement::firstDay(session.context(), session.settings(), calendar);
-  if (options.from.empty() && !first) {
+  if (result.noWork) {
     Terminal::message("Nothing to settle: no work is recorded.");
     return;
   }
-  if (!options.from.empty()) {
-    first = DateInput::midday(CommandInput::day(options.from, today, "--from"), calendar);
-    if (calendar.startOfDay(*first) > calendar.startOfDay(last)) {
-      throw UsageError("settle: --from lies after the last day to settle");
-    }
-  }
-
-  const auto holidays = PublicHolidays::days(PublicHolidays::read(*session.container(), calendar));
-  const auto days = Settlement::plan(session.context(), session.settings(), *first, last, holidays, calendar);
-
-  const Display display(calendar);
-  TextTable table({{"Day"}, {"Difference", TextTable::Alignment::right}, {"Booking"}});
-  std::int64_t minutes = 0;
-  std::size_t count = 0;
-  for (const auto& day : days) {
-    if (!day.toSettle()) continue;
-    table.addRow({display.weekday(day.date) + " " + display.day(day.date),
-                  {Display::amountOfMinutes(day.minutes), Terminal::styleForAmount(static_cast<double>(day.minutes))},
-                  bookingText(day, options.dryRun)});
-    minutes += day.minutes;
-    ++count;
-  }
+  const Display display(session.calendar());
+  const auto& days = result.planned;
   const std::string span = days.empty() ? std::string()
                                         : " from " + display.day(days.front().date) + " through " +
                                               display.day(days.back().date);
-  if (count == 0) {
+  if (result.booked.empty()) {
     Terminal::message("Nothing to settle" + span +
                       (days.empty() ? ": no day has ended since the calculation start."
                                     : ": each day was settled before or balances to 0:00."));
     return;
   }
-  Terminal::write(table.render());
-  const std::string summary =
-      std::to_string(count) + (count == 1 ? " day" : " days") + " (" + Display::amountOfMinutes(minutes) + ")" + span;
-  if (options.dryRun) {
-    Terminal::message("Would settle " + summary + "; nothing was changed.");
-    return;
+  TextTable table({{"Day"}, {"Difference", TextTable::Alignment::right}, {"Booking"}});
+  for (const auto& day : result.booked) {
+    table.addRow({display.weekday(day.date) + " " + display.day(day.date),
+                  {Display::amountOfMinutes(day.minutes), Terminal::styleForAmount(static_cast<double>(day.minutes))},
+                  bookingText(day, options.dryRun)});
   }
-  session.journal("settle");
-  Settlement::settle(days, session.context(), session.now());
-  Terminal::message("Settled " + summary + ".");
+  Terminal::write(table.render());
+  const std::size_t count = result.booked.size();
+  const std::string summary = std::to_string(count) + (count == 1 ? " day" : " days") + " (" +
+                              Display::amountOfMinutes(result.minutes) + ")" + span;
+  Terminal::message(options.dryRun ? "Would settle " + summary + "; nothing was changed."
+                                   : "Settled " + summary + ".");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <QScreen>
 
 #include "core/persistence/AppRoute.h"
-#include "desktop/QuillmontWindow.h"
+#include "desktop/application/QuillmontWindow.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/WidgetWindow.h"
 #include "desktop/WindowPlacement.h"

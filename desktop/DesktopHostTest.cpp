@@ -18,7 +18,10 @@
 #include <string>
 
 #include "cli/testing/CommandRunner.h"
-#include "desktop/QuillmontWindow.h"
+#include "desktop/application/HistoryModel.h"
+#include "desktop/application/HistoryPage.h"
+#include "desktop/application/OverviewPage.h"
+#include "desktop/application/QuillmontWindow.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/WidgetWindow.h"
 
@@ -61,13 +64,15 @@ TEST(DesktopHost, ALinkOpenedElsewhereRaisesThisProgramsWindowAtItsPage) {
   ASSERT_TRUE(waitFor([&] { return host.mainWindow() != nullptr && host.mainWindow()->isVisible(); }, 2000));
   QuillmontWindow& window = *host.mainWindow();
   EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::history));
-  EXPECT_THAT(window.pageText(AppRoute::history).toStdString(), HasSubstr("dentist"));
+  const HistoryModel& history = window.historyPage().model();
+  ASSERT_EQ(history.rowCount(), 1);
+  EXPECT_EQ(history.index(0, HistoryModel::note).data().toString(), "dentist");
 
-  // Each page is the command line's own text for the link.
+  // Each page shows what the command line shows for the link.
   EXPECT_TRUE(host.openLink("quillmont://overview"));
   EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::overview));
-  EXPECT_THAT(window.pageText(AppRoute::overview).toStdString(), HasSubstr("+1:15"));
-  EXPECT_EQ(window.pageText(AppRoute::overview).toStdString(), quillmont.run({"open", "quillmont://overview"}).out);
+  EXPECT_EQ(window.overviewPage().balanceText(), QString::fromUtf8("+1:15"));
+  EXPECT_THAT(quillmont.run({"open", "quillmont://overview"}).out, HasSubstr("+1:15"));
   EXPECT_FALSE(host.openLink("https://example.org"));
   EXPECT_EQ(window.currentRoute(), AppRoute(AppRoute::overview));
   zone.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone.c_str(), 1);

@@ -16,7 +16,7 @@ declare -A allowed=(
   [core/sync]="platform core/ledger core/persistence core/engine core/archive core/sync"
   [widget]="platform core widget"
   [app]="platform core widget app"
-  [desktop]="platform core widget app cli desktop"
+  [desktop]="platform core widget app desktop"
   [cli]="platform core widget app cli"
 )
 

@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/SyntheticLedger.h"
-#include "cli/WidgetTerminalRendering.h"
+#include "cli/output/WidgetTerminalRendering.h"
 #include "core/engine/DataStoreMaintenance.h"
 #include "core/persistence/QuillmontPersistence.h"
 #include "core/widgetstate/WidgetSnapshotBuilder.h"

@@ -1,6 +1,6 @@
 #include <malloc.h>
 
-#include "cli/CommandLine.h"
+#include "cli/tree/CommandLine.h"
 
 int main(int argc, char** argv) {
   // Buffers of up to a few megabytes (the rows and work intervals of a long

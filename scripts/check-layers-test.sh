@@ -20,12 +20,12 @@ copy() {
 expect_failure() {
   local planted="$1"
   copy
-  printf '#include "cli/Terminal.h"\n' >>"$work/tree/$planted"
+  printf '#include "cli/output/Terminal.h"\n' >>"$work/tree/$planted"
   set +e
   output="$("$source_dir/scripts/check-layers.sh" "$work/tree")"
   status=$?
   set -e
-  if [ "$status" -ne 1 ] || [[ "$output" != *"$planted includes \"cli/Terminal.h\""* ]]; then
+  if [ "$status" -ne 1 ] || [[ "$output" != *"$planted includes \"cli/output/Terminal.h\""* ]]; then
     echo "a cli include planted in $planted was not refused (status $status): $output"
     exit 1
   fi

@@ -226,6 +226,56 @@ TEST(WidgetCommands, FollowDrawsAgainWheneverAnyProcessChangesTheBank) {
   EXPECT_FALSE(following->readLine(300));
 }
 
+TEST(WidgetCommands, TheStatusBarAndJsonShowARunningTimerAndFollowItsStartAndStop) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  const std::string idle = quillmont.run({"widget", "show", "--format", "waybar"}).out;
+  const auto bar = quillmont.start({"widget", "show", "--format", "waybar", "--follow"});
+  const auto json = quillmont.start({"widget", "show", "--format", "json", "--follow"});
+  ASSERT_TRUE(bar->readLine());
+  const auto firstJson = json->readLine();
+  ASSERT_TRUE(firstJson);
+  EXPECT_THAT(*firstJson, Not(HasSubstr("\"timer\"")));
+
+  // Starting the timer changes no figure of the widget, yet both redraw.
+  ASSERT_EQ(quillmont.run({"timer", "start", "release notes"}).exitCode, 0);
+  const auto running = bar->readLine();
+  ASSERT_TRUE(running) << "the timer's start redraws the status bar";
+  EXPECT_THAT(*running, HasSubstr("\"text\":\"+10:00 \u23F1 0:00\""));
+  EXPECT_THAT(*running, HasSubstr("\\nTimer running since "));
+  EXPECT_THAT(*running, HasSubstr("0:00 so far: release notes\""));
+  EXPECT_THAT(*running, HasSubstr("\"class\":[\"positive\",\"timer-running\"]"));
+  const auto runningJson = json->readLine();
+  ASSERT_TRUE(runningJson);
+  EXPECT_THAT(*runningJson, HasSubstr("\"timer\":{\"runningSince\":\""));
+  EXPECT_THAT(*runningJson, HasSubstr("\"note\":\"release notes\"}}"));
+  const auto once = quillmont.run({"widget", "show", "--format", "waybar"});
+  EXPECT_THAT(once.out, HasSubstr("timer-running")) << "without --follow too";
+
+  // Reading the store wakes neither; stopping the timer takes it away again.
+  ASSERT_EQ(quillmont.run({"overview"}).exitCode, 0);
+  EXPECT_FALSE(bar->readLine(300));
+  ASSERT_EQ(quillmont.run({"timer", "stop"}).exitCode, 0);
+  const auto stopped = bar->readLine();
+  ASSERT_TRUE(stopped);
+  EXPECT_EQ(*stopped + "\n", idle) << "with no timer the line is as it always was";
+  const auto stoppedJson = json->readLine();
+  ASSERT_TRUE(stoppedJson);
+  EXPECT_THAT(*stoppedJson, Not(HasSubstr("\"timer\"")));
+}
+
+TEST(WidgetCommands, ATimerInAStoreThatCannotBeReadIsLeftOutNotAFailure) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  const auto store = quillmont.home() / "data" / "group.io.quillmont.ledger" / "Quillmont.store";
+  std::filesystem::remove(store);
+  std::filesystem::create_directory(store);
+  const auto shown = quillmont.run({"widget", "show", "--format", "waybar"});
+  EXPECT_EQ(shown.exitCode, 0) << shown.err;
+  EXPECT_THAT(shown.out, HasSubstr("\"class\":\"positive\""));
+}
+
 TEST(WidgetCommands, InfoNamesTheWidgetAndItsSizes) {
   CommandRunner quillmont;
   const auto info = quillmont.run({"widget", "info"});

@@ -1,12 +1,13 @@
 // Tests of the desktops' shared logic under gjs, the runtime of the GNOME
 // Shell extension: first on hand-made lines, then on what the real program
 // prints, so a change of the feed's format shows here.
-//   gjs quillmontFeedTest.js <folder of quillmontFeed.js> <quillmont program>
+//   gjs quillmontFeedTest.js <folder of quillmontFeed.js> [<quillmont program> [<extension.js>]]
 const { Gio, GLib } = imports.gi;
 
 imports.searchPath.unshift(ARGV[0]);
 const Feed = imports.quillmontFeed;
 const program = ARGV[1];
+const extensionScript = ARGV[2];
 
 let failures = 0;
 let current = '';
@@ -195,6 +196,15 @@ if (program) {
         expectEqual(Feed.lastState(q(...Feed.showCommand().slice(1)).out).timer, null, 'stopped');
     });
     shell(`rm -rf '${home}'`, {});
+}
+
+if (extensionScript) {
+    test('the extension\'s script compiles', () => {
+        const [, bytes] = GLib.file_get_contents(extensionScript);
+        // Compiled, not run: the Shell's own modules exist only inside it.
+        const compiled = new Function(new TextDecoder().decode(bytes));
+        expectEqual(typeof compiled, 'function', 'compiled');
+    });
 }
 
 if (failures > 0) {

@@ -98,7 +98,7 @@ class StoreChangeWatch {
   void attach() {
     if (attached_ || inotify_ < 0) return;
     const auto folder = StoreSession::storePath().parent_path();
-    attached_ = ::inotify_add_watch(inotify_, folder.c_str(), IN_DELETE | IN_MOVED_TO | IN_CLOSE_WRITE) >= 0;
+    attached_ = ::inotify_add_watch(inotify_, folder.c_str(), IN_DELETE | IN_MOVED_TO) >= 0;
   }
   int fileDescriptor() const { return attached_ ? inotify_ : -1; }
   /// Consumes what arrived; whether the store changed.
@@ -234,18 +234,20 @@ std::string waybarRendering(const RenderedEntry& entry, const std::optional<Runn
 }
 
 // Why a follower wakes: the widget reloads (or its reload instant or the
-// timer's next minute came), or the store changed, which may have started or
-// stopped the timer.
-enum class Wake { redraw, storeChanged };
+// timer's next minute came), the store changed, which may have started or
+// stopped the timer, or the program reading the output went away (a pipe's
+// reader that closed), so a desktop's feed does not outlive its desktop.
+enum class Wake { redraw, storeChanged, readerGone };
 
 Wake waitForChange(WidgetReloadWatcher& reloads, StoreChangeWatch& store, std::optional<Date> until) {
   if (reloads.takeRequests()) return Wake::redraw;
   if (until && *until <= Date::now()) return Wake::redraw;
   std::optional<WallClockAlarm> alarm;
   if (until) alarm.emplace().arm(*until);
-  std::array<pollfd, 3> watched{pollfd{reloads.fileDescriptor(), POLLIN, 0},
+  std::array<pollfd, 4> watched{pollfd{reloads.fileDescriptor(), POLLIN, 0},
                                 pollfd{store.fileDescriptor(), POLLIN, 0},
-                                pollfd{alarm ? alarm->fileDescriptor() : -1, POLLIN, 0}};
+                                pollfd{alarm ? alarm->fileDescriptor() : -1, POLLIN, 0},
+                                pollfd{STDOUT_FILENO, 0, 0}};
   for (;;) {
     if (::poll(watched.data(), watched.size(), -1) < 0) {
       if (errno == EINTR) continue;
@@ -254,6 +256,7 @@ Wake waitForChange(WidgetReloadWatcher& reloads, StoreChangeWatch& store, std::o
     if (watched[0].revents != 0 && reloads.takeRequests()) return Wake::redraw;
     if (watched[1].revents != 0 && store.takeChanges()) return Wake::storeChanged;
     if (alarm && watched[2].revents != 0 && alarm->take() != WallClockAlarm::Ring::notYet) return Wake::redraw;
+    if (watched[3].revents & (POLLERR | POLLHUP)) return Wake::readerGone;
   }
 }
 
@@ -305,6 +308,7 @@ void show(const ShowOptions& options) {
         if (!until || minute < *until) until = minute;
       }
       const Wake wake = waitForChange(*watcher, *storeWatch, until);
+      if (wake == Wake::readerGone) return;
       std::optional<RunningTimer> now = runningTimer();
       if (wake == Wake::redraw || now != timer) {
         timer = std::move(now);

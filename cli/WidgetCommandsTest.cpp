@@ -4,7 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <atomic>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -262,6 +266,30 @@ TEST(WidgetCommands, TheStatusBarAndJsonShowARunningTimerAndFollowItsStartAndSto
   const auto stoppedJson = json->readLine();
   ASSERT_TRUE(stoppedJson);
   EXPECT_THAT(*stoppedJson, Not(HasSubstr("\"timer\"")));
+}
+
+// CPU seconds of this process's children that have ended.
+double childrenCpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6; };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+TEST(WidgetCommands, AFollowerWaitingWithATimerRunningUsesNoCpu) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  for (const char* format : {"waybar", "json"}) {
+    const double before = childrenCpuSeconds();
+    auto following = quillmont.start({"widget", "show", "--format", format, "--follow"});
+    ASSERT_TRUE(following->readLine()) << format;
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    following->stop(SIGTERM);
+    // Starting takes a fraction of a second; waiting must take nothing, and
+    // reading the store for the timer must not wake the reader itself.
+    EXPECT_LT(childrenCpuSeconds() - before, 1.5) << format << " follower busy while idle";
+  }
 }
 
 TEST(WidgetCommands, ATimerInAStoreThatCannotBeReadIsLeftOutNotAFailure) {

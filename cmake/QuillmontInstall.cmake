@@ -115,8 +115,8 @@ endif()
 
 # The desktops' integrations: their shared logic under gjs (against the real
 # program) and the Plasma widget's model under qmltestrunner, its QML checked
-# by qmllint; the Debian package built from this tree and checked where it
-# lands. Each is skipped (77) only when its runtime is not installed.
+# by qmllint; the extension in a headless GNOME Shell; the Debian package
+# built from this tree and checked where it lands. Each is skipped (77) only when its runtime is not installed.
 if(QUILLMONT_BUILD_TESTS AND NOT QUILLMONT_SANITIZE AND TARGET quillmont)
   set(quillmont_run_if ${PROJECT_SOURCE_DIR}/scripts/run-if-installed.sh)
   add_test(NAME desktops.SharedLogicUnderGjs
@@ -130,6 +130,10 @@ if(QUILLMONT_BUILD_TESTS AND NOT QUILLMONT_SANITIZE AND TARGET quillmont)
     COMMAND ${quillmont_run_if} /usr/lib/qt5/bin/qmllint ${quillmont_plasmoid_qml})
   set_tests_properties(desktops.SharedLogicUnderGjs desktops.PlasmaWidgetModel desktops.PlasmaWidgetQmlIsWellFormed
     PROPERTIES SKIP_RETURN_CODE 77 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC")
+  # A headless GNOME Shell loads the extension from where the package puts it.
+  add_test(NAME desktops.GnomeShellLoadsTheExtension
+    COMMAND ${PROJECT_SOURCE_DIR}/scripts/test-gnome-shell.sh ${PROJECT_BINARY_DIR})
+  set_tests_properties(desktops.GnomeShellLoadsTheExtension PROPERTIES SKIP_RETURN_CODE 77 RUN_SERIAL TRUE TIMEOUT 180)
   if(TARGET quillmont-widget AND TARGET quillmont_reference)
     add_test(NAME install.DebianPackage
       COMMAND ${PROJECT_SOURCE_DIR}/scripts/test-package.sh ${PROJECT_BINARY_DIR})

@@ -203,7 +203,7 @@ std::string waybarRendering(const RenderedEntry& entry, const std::optional<Runn
     const std::string sign = balance.starts_with("\u2212") ? "negative" : "positive";
     if (timer) {
       const std::string worked = DurationFormatting::clock(std::max(0.0, Date::now() - timer->since), false);
-      shown += " \u23F1 " + worked;
+      shown += " \u25B6 " + worked;
       tooltip += "\nTimer running since " + Display(Calendar::autoupdatingCurrent()).time(timer->since) + ", " +
                  worked + " so far" + (timer->note.empty() ? std::string() : ": " + timer->note);
     }

@@ -245,7 +245,7 @@ TEST(WidgetCommands, TheStatusBarAndJsonShowARunningTimerAndFollowItsStartAndSto
   ASSERT_EQ(quillmont.run({"timer", "start", "release notes"}).exitCode, 0);
   const auto running = bar->readLine();
   ASSERT_TRUE(running) << "the timer's start redraws the status bar";
-  EXPECT_THAT(*running, HasSubstr("\"text\":\"+10:00 \u23F1 0:00\""));
+  EXPECT_THAT(*running, HasSubstr("\"text\":\"+10:00 \u25B6 0:00\""));
   EXPECT_THAT(*running, HasSubstr("\\nTimer running since "));
   EXPECT_THAT(*running, HasSubstr("0:00 so far: release notes\""));
   EXPECT_THAT(*running, HasSubstr("\"class\":[\"positive\",\"timer-running\"]"));

@@ -124,7 +124,7 @@ if(QUILLMONT_BUILD_TESTS AND NOT QUILLMONT_SANITIZE AND TARGET quillmont)
             ${PROJECT_SOURCE_DIR}/share/integrations $<TARGET_FILE:quillmont>
             ${PROJECT_SOURCE_DIR}/${quillmont_extension}/extension.js)
   add_test(NAME desktops.PlasmaWidgetModel
-    COMMAND ${quillmont_run_if} qmltestrunner -input ${PROJECT_SOURCE_DIR}/share/integrations/tst_quillmontmodel.qml)
+    COMMAND ${quillmont_run_if} /usr/lib/qt5/bin/qmltestrunner -input ${PROJECT_SOURCE_DIR}/share/integrations/tst_quillmontmodel.qml)
   file(GLOB quillmont_plasmoid_qml ${PROJECT_SOURCE_DIR}/${quillmont_plasmoid}/contents/ui/*.qml)
   add_test(NAME desktops.PlasmaWidgetQmlIsWellFormed
     COMMAND ${quillmont_run_if} /usr/lib/qt5/bin/qmllint ${quillmont_plasmoid_qml})

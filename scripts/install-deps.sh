@@ -8,6 +8,10 @@ packages=(
   clang libclang-rt-14-dev
   qt6-base-dev fonts-dejavu-core xvfb xauth
   syncthing curl
+  # the desktops' integrations and the Debian package, and their tests
+  gjs qtdeclarative5-dev-tools qml-module-qttest qml-module-qtquick2
+  gnome-shell dbus-daemon libglib2.0-bin
+  dpkg-dev fakeroot binutils lintian appstream desktop-file-utils
 )
 missing=()
 for p in "${packages[@]}"; do

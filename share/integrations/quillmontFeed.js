@@ -8,7 +8,7 @@
 // time bank is repeated here.
 
 var MINUS = "\u2212";
-var TIMER_SYMBOL = "\u23F1";
+var TIMER_SYMBOL = "\u25B6";
 var OVERVIEW_LINK = "quillmont://overview";
 
 // The feed's command: every drawing of the medium widget, then one more on

@@ -106,7 +106,7 @@ test('a running timer shows its time so far and ticks once a minute', () => {
     const state = Feed.parseLine(drawing({ timer: { runningSince: '2026-03-02T09:00:00+01:00', note: 'notes' } }));
     expectEqual(state.timer.since, since, 'the offset is honoured');
     const now = since + (90 * 60 + 10) * 1000;
-    expectEqual(Feed.panelText(state, now), '+2:30 \u23F1 1:30', 'panel');
+    expectEqual(Feed.panelText(state, now), '+2:30 \u25B6 1:30', 'panel');
     const start = new Date(since);
     const at = `${start.getHours()}:${String(start.getMinutes()).padStart(2, '0')}`;
     expectEqual(Feed.timerText(state, now), `Timer running since ${at}, 1:30 so far: notes`, 'menu');
@@ -115,7 +115,7 @@ test('a running timer shows its time so far and ticks once a minute', () => {
     // 1:30:10 shows 1:30 until 1:30:30, when it rounds to 1:31.
     expectEqual(Feed.millisecondsToNextMinute(state, now), 20050, 'next minute');
     expectEqual(Feed.millisecondsToNextMinute(state, since), 30050, 'first minute');
-    expectEqual(Feed.panelText(state, since - 5000), '+2:30 \u23F1 0:00', 'a start ahead of the clock');
+    expectEqual(Feed.panelText(state, since - 5000), '+2:30 \u25B6 0:00', 'a start ahead of the clock');
 
     const idle = Feed.parseLine(drawing({}));
     expectEqual(Feed.millisecondsToNextMinute(idle, now), -1, 'no timer, no tick');

@@ -78,7 +78,7 @@ TestCase {
         var since = new Date(Date.now() - 90 * 60000).toISOString();
         model.finished(waiter, 0, drawing("\u22120:45", true, { runningSince: since, note: "notes" }), "");
         compare(model.balanceClass, "debit");
-        compare(model.balanceText, "\u22120:45 \u23F1 1:30");
+        compare(model.balanceText, "\u22120:45 \u25B6 1:30");
         compare(model.timerActionText, "Stop timer");
         verify(model.tick.running, "the timer's minute ticks");
         compare(askedWith("--follow").length, 1, "the next waiter");

@@ -35,9 +35,11 @@ Item {
             id: balance
             Layout.fillWidth: true
             text: full.model.configured ? full.model.state.balanceText : "Set up your time bank"
-            level: full.model.configured ? 1 : 4
+            level: 4
+            font.pixelSize: full.model.configured ? PlasmaCore.Units.gridUnit * 2.4 : PlasmaCore.Theme.defaultFont.pixelSize * 1.2
+            font.weight: Font.DemiBold
             fontSizeMode: Text.HorizontalFit
-            minimumPointSize: 10
+            minimumPixelSize: 10
             color: full.model.balanceClass === "debit" ? PlasmaCore.Theme.negativeTextColor
                 : full.model.balanceClass === "credit" ? PlasmaCore.Theme.positiveTextColor
                 : PlasmaCore.Theme.textColor
@@ -61,6 +63,21 @@ Item {
             Layout.fillWidth: true
         }
 
+        RowLayout {
+            visible: full.medium && full.model.configured
+            spacing: PlasmaCore.Units.smallSpacing
+            PlasmaComponents3.ToolButton {
+                icon.name: full.model.timerRunning ? "media-playback-stop" : "media-playback-start"
+                text: full.model.timerActionText
+                onClicked: full.model.toggleTimer()
+            }
+            PlasmaComponents3.ToolButton {
+                icon.name: "window-new"
+                text: "Open Quillmont"
+                onClicked: full.model.openQuillmont()
+            }
+        }
+
         Item { Layout.fillHeight: true }
 
         RowLayout {
@@ -80,23 +97,6 @@ Item {
                     text: full.model.amountText(modelData)
                     onClicked: full.model.book(modelData)
                 }
-            }
-            Item { Layout.fillWidth: true }
-            PlasmaComponents3.ToolButton {
-                visible: full.medium
-                icon.name: full.model.timerRunning ? "media-playback-stop" : "media-playback-start"
-                text: full.model.timerActionText
-                display: PlasmaComponents3.AbstractButton.IconOnly
-                onClicked: full.model.toggleTimer()
-                PlasmaComponents3.ToolTip { text: parent.text }
-            }
-            PlasmaComponents3.ToolButton {
-                visible: full.medium
-                icon.name: "window-new"
-                text: "Open Quillmont"
-                display: PlasmaComponents3.AbstractButton.IconOnly
-                onClicked: full.model.openQuillmont()
-                PlasmaComponents3.ToolTip { text: parent.text }
             }
         }
 

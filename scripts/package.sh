@@ -34,6 +34,7 @@ for tool in dpkg-deb dpkg-shlibdeps fakeroot; do
 done
 
 if [ -z "$build" ]; then
+  export DEB_BUILD_MAINT_OPTIONS="hardening=+all"  # also bind now
   "$root/scripts/install-deps.sh"
   build="$root/build/package"
   cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \

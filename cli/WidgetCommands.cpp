@@ -352,7 +352,8 @@ void install(CommandSet& commands) {
   if (builds("show")) {
     auto options = std::make_shared<ShowOptions>();
     CLI::App* showCommand =
-        commands.add(*widget, "show", "Draw the widget from its last snapshot (never opens the store)",
+        commands.add(*widget, "show",
+                     "Draw the widget from its last snapshot (json and waybar also show a running timer)",
                      [options] { show(*options); });
     commands
         .oneOf(showCommand->add_option("--size", options->size, "small or medium (default medium)"),

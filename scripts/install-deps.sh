@@ -9,6 +9,10 @@ packages=(
   qt6-base-dev fonts-dejavu-core xvfb xauth
   syncthing curl
   zsh fish
+  # the desktops' integrations and the Debian package, and their tests
+  gjs qtdeclarative5-dev-tools qml-module-qttest qml-module-qtquick2
+  gnome-shell dbus-daemon libglib2.0-bin
+  dpkg-dev fakeroot binutils lintian appstream desktop-file-utils
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -4,7 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <atomic>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -224,6 +228,80 @@ TEST(WidgetCommands, FollowDrawsAgainWheneverAnyProcessChangesTheBank) {
   // Commands that only read change nothing and ask for no redraw.
   ASSERT_EQ(quillmont.run({"report", "week"}).exitCode, 0);
   EXPECT_FALSE(following->readLine(300));
+}
+
+TEST(WidgetCommands, TheStatusBarAndJsonShowARunningTimerAndFollowItsStartAndStop) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  const std::string idle = quillmont.run({"widget", "show", "--format", "waybar"}).out;
+  const auto bar = quillmont.start({"widget", "show", "--format", "waybar", "--follow"});
+  const auto json = quillmont.start({"widget", "show", "--format", "json", "--follow"});
+  ASSERT_TRUE(bar->readLine());
+  const auto firstJson = json->readLine();
+  ASSERT_TRUE(firstJson);
+  EXPECT_THAT(*firstJson, Not(HasSubstr("\"timer\"")));
+
+  // Starting the timer changes no figure of the widget, yet both redraw.
+  ASSERT_EQ(quillmont.run({"timer", "start", "release notes"}).exitCode, 0);
+  const auto running = bar->readLine();
+  ASSERT_TRUE(running) << "the timer's start redraws the status bar";
+  EXPECT_THAT(*running, HasSubstr("\"text\":\"+10:00 \u25B6 0:00\""));
+  EXPECT_THAT(*running, HasSubstr("\\nTimer running since "));
+  EXPECT_THAT(*running, HasSubstr("0:00 so far: release notes\""));
+  EXPECT_THAT(*running, HasSubstr("\"class\":[\"positive\",\"timer-running\"]"));
+  const auto runningJson = json->readLine();
+  ASSERT_TRUE(runningJson);
+  EXPECT_THAT(*runningJson, HasSubstr("\"timer\":{\"runningSince\":\""));
+  EXPECT_THAT(*runningJson, HasSubstr("\"note\":\"release notes\"}}"));
+  const auto once = quillmont.run({"widget", "show", "--format", "waybar"});
+  EXPECT_THAT(once.out, HasSubstr("timer-running")) << "without --follow too";
+
+  // Reading the store wakes neither; stopping the timer takes it away again.
+  ASSERT_EQ(quillmont.run({"overview"}).exitCode, 0);
+  EXPECT_FALSE(bar->readLine(300));
+  ASSERT_EQ(quillmont.run({"timer", "stop"}).exitCode, 0);
+  const auto stopped = bar->readLine();
+  ASSERT_TRUE(stopped);
+  EXPECT_EQ(*stopped + "\n", idle) << "with no timer the line is as it always was";
+  const auto stoppedJson = json->readLine();
+  ASSERT_TRUE(stoppedJson);
+  EXPECT_THAT(*stoppedJson, Not(HasSubstr("\"timer\"")));
+}
+
+// CPU seconds of this process's children that have ended.
+double childrenCpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6; };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+TEST(WidgetCommands, AFollowerWaitingWithATimerRunningUsesNoCpu) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  for (const char* format : {"waybar", "json"}) {
+    const double before = childrenCpuSeconds();
+    auto following = quillmont.start({"widget", "show", "--format", format, "--follow"});
+    ASSERT_TRUE(following->readLine()) << format;
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    following->stop(SIGTERM);
+    // Starting takes a fraction of a second; waiting must take nothing, and
+    // reading the store for the timer must not wake the reader itself.
+    EXPECT_LT(childrenCpuSeconds() - before, 1.5) << format << " follower busy while idle";
+  }
+}
+
+TEST(WidgetCommands, ATimerInAStoreThatCannotBeReadIsLeftOutNotAFailure) {
+  CommandRunner quillmont;
+  setUp(quillmont);
+  ASSERT_EQ(quillmont.run({"timer", "start"}).exitCode, 0);
+  const auto store = quillmont.home() / "data" / "group.io.quillmont.ledger" / "Quillmont.store";
+  std::filesystem::remove(store);
+  std::filesystem::create_directory(store);
+  const auto shown = quillmont.run({"widget", "show", "--format", "waybar"});
+  EXPECT_EQ(shown.exitCode, 0) << shown.err;
+  EXPECT_THAT(shown.out, HasSubstr("\"class\":\"positive\""));
 }
 
 TEST(WidgetCommands, InfoNamesTheWidgetAndItsSizes) {

@@ -128,14 +128,18 @@ std::vector<Day> plan(ModelContext& context, const TimeBankSettings& settings, D
   // Through the start of the day after: the last day's work counts whole.
   const auto balances = PeriodBalances::read(context, settings, first, *dayAfter, calendar, holidays);
 
-  std::set<UUID> booked;
-  context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& booking) { booked.insert(booking.id()); });
+  // Only name-based identifiers can be a settlement's; a ledger without
+  // any needs no day's identifier worked out (a hash each).
+  std::set<UUID> named;
+  context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& booking) {
+    if ((booking.id().bytes[6] & 0xF0) == nameBased) named.insert(booking.id());
+  });
   std::vector<Day> days;
   for (const DayBalance& balance : balances) {
     if (!(balance.date < *dayAfter)) break;
     Day day{balance.date, DayKey::of(balance.date, calendar),
             roundedMinutes(balance.workedSeconds - balance.expectedSeconds), false};
-    day.settledBefore = booked.contains(identifier(day.key));
+    day.settledBefore = !named.empty() && named.contains(identifier(day.key));
     days.push_back(std::move(day));
   }
   return days;

@@ -4,6 +4,8 @@
 // archive is the same on every run.
 //
 // BM_DecodeAndValidate and BM_Encode report the document's bytes per second.
+// BM_DecodeAgainstBareParse reports decoding as a multiple of simdjson's
+// own parse of the same document in the same run (ratioToBareParse).
 // The merges run on a SQLite store file under a temporary QUILLMONT_HOME and
 // include the save.
 //
@@ -21,6 +23,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <ctime>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -34,6 +38,8 @@
 #include "core/persistence/QuillmontPersistence.h"
 #include "platform/foundation/JsonReader.h"
 #include "platform/store/ModelContext.h"
+
+#include <simdjson.h>
 
 namespace {
 
@@ -159,6 +165,52 @@ void BM_DecodeAndValidate(benchmark::State& state) {
   state.counters["documentMiB"] = static_cast<double>(json.size()) / (1024 * 1024);
 }
 BENCHMARK(BM_DecodeAndValidate)->Unit(benchmark::kMillisecond);
+
+// Decoding against simdjson's bare parse of the same document: its DOM
+// parser checks every byte and builds its tape, converting no value into a
+// record. Both run in every iteration, one after the other, so a machine
+// that speeds up or slows down moves both alike, and both are timed by the
+// thread's CPU clock, so other programs on a busy machine do not count; the
+// time shown is the decode's, and ratioToBareParse is the decodes' total
+// over the parses'.
+struct ThreadClock {
+  using duration = std::chrono::nanoseconds;
+  using time_point = std::chrono::time_point<ThreadClock>;
+  static time_point now() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return time_point(std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec));
+  }
+};
+
+void BM_DecodeAgainstBareParse(benchmark::State& state) {
+  using Clock = ThreadClock;
+  const std::string& json = maximalDocument();
+  simdjson::dom::parser parser;
+  std::chrono::duration<double> parsing{0};
+  std::chrono::duration<double> decoding{0};
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    simdjson::dom::element root;
+    if (parser.parse(json.data(), json.size(), false).get(root) != simdjson::SUCCESS) {
+      state.SkipWithError("simdjson refused the document");
+      break;
+    }
+    benchmark::DoNotOptimize(root);
+    const auto parsed = Clock::now();
+    TimeBankArchive archive = TimeBankArchive::decodeJSON(json);
+    benchmark::DoNotOptimize(archive);
+    const auto decoded = Clock::now();
+    parsing += parsed - start;
+    decoding += decoded - parsed;
+    state.SetIterationTime(std::chrono::duration<double>(decoded - parsed).count());
+  }
+  if (parsing.count() > 0) {
+    state.counters["bareParseMs"] = parsing.count() * 1000 / static_cast<double>(state.iterations());
+    state.counters["ratioToBareParse"] = decoding / parsing;
+  }
+}
+BENCHMARK(BM_DecodeAgainstBareParse)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 // The same from a view of the text, which the parser first copies.
 void BM_DecodeAndValidateFromView(benchmark::State& state) {

@@ -1,21 +1,27 @@
 #!/bin/sh
-# Whole-process comparison of everyday commands with timewarrior, on the same
-# ten years of work: the large-store generator fills a Quillmont store, and
-# its work entries, exported, become a timewarrior database. Each pair runs
-# in turn, A B then B A and so on (bench/interleaved.py), so a machine whose
-# speed drifts during the run favours neither; the table shows the median CPU
-# time (user + system) and the ratio, Quillmont over timewarrior.
+# What a user's shell costs: everyday commands as whole processes, side by
+# side with timewarrior, on the same ten years of work. The large-store
+# generator fills a Quillmont store, and its work entries, exported, become
+# a timewarrior database. Each command is started as a shell starts it (one
+# posix_spawn of the program, no shell in between, no copy of either
+# program made first) and the two of a pair run in turn, A B then B A and so
+# on (bench/interleaved.py); the table shows the CPU medians (user +
+# system), the wall medians beside them, and the ratios, Quillmont over
+# timewarrior.
 #
 #   bench/compare-timew.sh [entries bookings schedules]
 #
-# Needs the release build (cmake --preset release && cmake --build --preset
-# release), python3 and timewarrior (Debian: timewarrior); without
-# timewarrior it says so and stops. Timings vary with the machine; read the ratios.
+# Measures the release build's program, the file `cmake --install` installs
+# as it is (it has no build-tree run path); QUILLMONT_PROGRAM names another
+# (an installed /usr/bin/quillmont, say). Needs python3 and timewarrior
+# (Debian: timewarrior); without timewarrior it says so and stops. Timings
+# vary with the machine; read the ratios.
 set -eu
 
 name=compare-timew
 . "$(dirname "$0")/whole-process.sh"
 generate="$root/build/release/cli/quillmont_generate_store"
+quillmont="${QUILLMONT_PROGRAM:-$quillmont}"
 require_tools timew python3
 require_programs "$quillmont" "$generate"
 
@@ -43,31 +49,23 @@ for month, lines in months.items():
 EOF
 timew >/dev/null 2>&1 || true
 
-# Both programs run from copies made now: how recently a program's file was
-# written or read into the page cache moved a ratio by up to a tenth here
-# (a fresh copy of the same binary against one copied twenty minutes before).
-mkdir -p "$work/bin"
-cp "$quillmont" "$work/bin/quillmont"
-cp "$(command -v timew)" "$work/bin/timew"
-quillmont="$work/bin/quillmont"
-timew="$work/bin/timew"
+timew=$(command -v timew)
+today=$(date +%Y-%m-%d)
+ten_years_ago=$(date -d "$today -10 years +1 day" +%Y-%m-%d)
 
-compare() {
-  python3 "$root/bench/interleaved.py" "$1" "$2" "$3" || printf '%-34s failed: %s | %s\n' "$1" "$2" "$3"
-}
+# One minute tracked again and again: `:adjust` lets each run replace the
+# minute the run before tracked, as each booking adds one more.
+cat >"$work/pairs" <<EOF
+overview | timew | $quillmont | $timew
+report week | timew summary :week | $quillmont report week | $timew summary :week
+report month | timew summary :month | $quillmont report month | $timew summary :month
+bookings list | timew day | $quillmont bookings list | $timew day
+book -1 | timew track (one minute) :adjust | $quillmont book -1 | $timew track 2000-01-01T10:00 - 2000-01-01T10:01 bench :adjust
+widget press add | timew track (one minute) :adjust | $quillmont widget press add | $timew track 2000-01-02T10:00 - 2000-01-02T10:01 bench :adjust
+--version | timew --version | $quillmont --version | $timew --version
+widget show --format waybar | timew | $quillmont widget show --format waybar | $timew
+report of the last ten years | timew summary :all | $quillmont report --from $ten_years_ago --to $today | $timew summary :all
+EOF
 
-printf '%-34s %11s %11s %7s\n' "command" "quillmont" "timew" "ratio"
-compare "start-up (--version)" "$quillmont --version" "$timew --version"
-compare "overview / timew" "$quillmont" "$timew"
-compare "book -1 / track :adjust" "$quillmont book -1" "$timew track 2000-01-01T10:00 - 2000-01-01T10:01 bench :adjust"
-compare "widget press add / track :adjust" "$quillmont widget press add" "$timew track 2000-01-02T10:00 - 2000-01-02T10:01 bench :adjust"
-# Each stop comes a second and a little after its start: timewarrior keeps
-# whole seconds, and a stop in the second of the start fails without
-# writing anything, which would compare a full start and stop with a start
-# alone. Every step of both must succeed.
-PAUSE=1.1 compare "timer start + stop / start + stop" "$quillmont timer start ; $quillmont timer stop" \
-  "$timew start bench ; $timew stop"
-compare "bookings list / day" "$quillmont bookings list" "$timew day"
-compare "report week / summary :week" "$quillmont report week" "$timew summary :week"
-compare "report month / summary :month" "$quillmont report month" "$timew summary :month"
-compare "report of ten years / summary :all" "$quillmont report --from 2016-11-01 --to 2026-12-31" "$timew summary :all"
+echo "Measuring $quillmont against $timew (${RUNS:-30} pairs each)..." >&2
+python3 "$root/bench/interleaved.py" "$work/pairs"

@@ -8,6 +8,7 @@
 
 #include "core/archive/TimeBankArchiveError.h"
 #include "core/engine/DataStoreMaintenance.h"
+#include "core/engine/Settlement.h"
 #include "core/persistence/QuillmontPersistence.h"
 
 namespace quillmont {
@@ -243,6 +244,27 @@ RC_GTEST_PROP(TimeBankArchiveMergePreview, CountsWhatTheMergeDoes, ()) {
   const TimeBankArchiveMergeResult preview = archive.mergePreview(context, now);
   RC_ASSERT(context.hasChanges() == hadChanges);
   RC_ASSERT(preview == archive.merge(context, now));
+}
+
+TEST_F(TimeBankArchiveMergeTest, AMergedSettlementCountsTheUnsettledTimeAgain) {
+  const Calendar utc = *Calendar::make("UTC");
+  const Date monday = *utc.date(2026, 5, 4);  // now is the Saturday after
+  const auto settings = DataStoreMaintenance::reconcile(context, utc, now, true);
+  settings->setCalculationStartDate(monday);
+  settings->setWeekdayMinutes(std::array<std::int64_t, 7>{480, 480, 480, 480, 480, 0, 0});
+  context.insert(std::make_shared<WorkEntry>(id(1), monday + 8 * 3600, monday + 16 * 3600, 0, "", now, now));
+  context.save();
+  const auto unsettled = [&] { return Settlement::unsettled(context, *settings, now, {}, utc); };
+  ASSERT_EQ(unsettled().minutes, -4 * 480);  // recorded in the store
+
+  // Another machine settled Tuesday.
+  Archive archive;
+  archive.exportedAt = now;
+  archive.balanceAdjustments = {{Settlement::identifier("2026-05-05"), monday + 36 * 3600, -480,
+                                 Settlement::note("2026-05-05"), "manual", now - 60, now - 60}};
+  archive.merge(context, now);
+  EXPECT_EQ(unsettled().minutes, -3 * 480);
+  EXPECT_EQ(unsettled().since, monday + 2 * 86400);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "core/engine/LedgerTotal.h"
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/engine/RecordChoice.h"
+#include "core/engine/Settlement.h"
 #include "core/engine/StoredDayStart.h"
 #include "core/engine/TimeBankDateBounds.h"
 #include "core/ledger/AdjustmentCategoryValidation.h"
@@ -315,8 +316,10 @@ void reconcileActivity(ModelContext& context, Date now, bool saveChanges) {
   if (saveChanges) {
     PassRecord<WorkEntry>::keepCurrent(context, now, entryInOrder);
     PassRecord<BalanceAdjustment>::keepCurrent(context, now, adjustmentInOrder);
-    // Every writer passes here first, so the ledger's recorded total follows its bookings too.
+    // Every writer passes here first, so the ledger's recorded total and the
+    // unsettled count follow its bookings too.
     LedgerTotal::keepCurrent(context);
+    Settlement::keepCurrent(context);
   }
   if (saveChanges && (entriesChanged || adjustmentsChanged)) context.save();
   // A pass that repaired a type raised its generation; the next pass finds

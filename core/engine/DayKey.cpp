@@ -51,9 +51,18 @@ std::string of(Date date, const Calendar& calendar) {
   const double local = date.timeIntervalSince1970() + static_cast<double>(calendar.secondsFromGMT(date));
   if (!std::isfinite(local)) return {};
   const Civil civil = civilFromDays(static_cast<std::int64_t>(std::floor(local / secondsPerDay)));
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%04lld-%02u-%02u", static_cast<long long>(civil.year), civil.month, civil.day);
-  return buffer;
+  if (civil.year < 0 || civil.year > 9999) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%04lld-%02u-%02u", static_cast<long long>(civil.year), civil.month,
+                  civil.day);
+    return buffer;
+  }
+  // Digit by digit: settling ten years names 3,650 days, and a formatted
+  // print cost more than the rest of the name.
+  const auto year = static_cast<unsigned>(civil.year);
+  const auto digit = [](unsigned value) { return static_cast<char>('0' + value % 10); };
+  return {digit(year / 1000), digit(year / 100), digit(year / 10), digit(year), '-', digit(civil.month / 10),
+          digit(civil.month), '-', digit(civil.day / 10), digit(civil.day)};
 }
 
 std::optional<Date> startOfDay(std::string_view key, const Calendar& calendar) {

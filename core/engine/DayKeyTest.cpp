@@ -17,6 +17,13 @@ TEST(DayKey, NamesTheWallClockDayInEveryCalendarSystem) {
   EXPECT_EQ(DayKey::of(start + 23.5 * 3600, *Calendar::make("UTC")), "2026-01-05");
   EXPECT_EQ(DayKey::of(start - 1800, *Calendar::make("UTC")), "2026-01-04");
   EXPECT_EQ(DayKey::of(Date(NAN), berlin), "");
+  // Four digits of year, zero-padded, at both ends of the range and beyond.
+  const Calendar utc = *Calendar::make("UTC");
+  EXPECT_EQ(DayKey::of(Date::fromTimeIntervalSince1970(-62167219200.0), utc), "0000-01-01");
+  EXPECT_EQ(DayKey::of(Date::fromTimeIntervalSince1970(-61851600000.0 + 86400 * 9), utc), "0010-01-10");
+  EXPECT_EQ(DayKey::of(Date::fromTimeIntervalSince1970(253402300799.0), utc), "9999-12-31");
+  EXPECT_EQ(DayKey::of(Date::fromTimeIntervalSince1970(253402300800.0), utc), "10000-01-01");
+  EXPECT_EQ(DayKey::of(Date::fromTimeIntervalSince1970(-62167219201.0), utc), "-001-12-31");
 
   // Another calendar system names the same day with Gregorian digits.
   const auto hebrew = *Calendar::make("Europe/Berlin", "he_IL@calendar=hebrew");

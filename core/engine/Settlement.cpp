@@ -31,12 +31,15 @@ std::int64_t roundedMinutes(TimeInterval seconds) {
   return static_cast<std::int64_t>(std::llround(seconds / 60.0));
 }
 
+constexpr std::uint8_t nameBased = 0x50;  // version 5, the high nibble of byte 6
+
 // What the unsettled time depends on besides the clock: every record type's
 // generation, the holiday days and the zone that cuts the days. While it
-// stays the same, the days up to a past day keep their differences.
+// stays the same, the days up to a past day keep their differences. The
+// bookings' generation comes first, so a save can carry it (keepCurrent).
 std::string signatureOf(ModelContext& context, std::size_t holidays, const Calendar& calendar) {
-  return std::to_string(context.generation<WorkEntry>()) + " " +
-         std::to_string(context.generation<BalanceAdjustment>()) + " " +
+  return std::to_string(context.generation<BalanceAdjustment>()) + " " +
+         std::to_string(context.generation<WorkEntry>()) + " " +
          std::to_string(context.generation<WorkSchedule>()) + " " +
          std::to_string(context.generation<TimeBankSettings>()) + " " + std::to_string(holidays) + " " +
          calendar.timeZoneIdentifier();
@@ -99,7 +102,6 @@ UUID identifier(const std::string& dayKey, int part) {
 }
 
 bool isSettlement(const UUID& id, Date date, const Calendar& calendar) {
-  constexpr std::uint8_t nameBased = 0x50;  // version 5, the high nibble of byte 6
   if ((id.bytes[6] & 0xF0) != nameBased || !std::isfinite(date.timeIntervalSinceReferenceDate)) return false;
   const std::string key = DayKey::of(date, calendar);
   return id == identifier(key, 0) || id == identifier(key, 1);
@@ -126,14 +128,18 @@ std::vector<Day> plan(ModelContext& context, const TimeBankSettings& settings, D
   // Through the start of the day after: the last day's work counts whole.
   const auto balances = PeriodBalances::read(context, settings, first, *dayAfter, calendar, holidays);
 
-  std::set<UUID> booked;
-  context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& booking) { booked.insert(booking.id()); });
+  // Only name-based identifiers can be a settlement's; a ledger without
+  // any needs no day's identifier worked out (a hash each).
+  std::set<UUID> named;
+  context.forEach<BalanceAdjustment>({"id"}, [&](const BalanceAdjustment& booking) {
+    if ((booking.id().bytes[6] & 0xF0) == nameBased) named.insert(booking.id());
+  });
   std::vector<Day> days;
   for (const DayBalance& balance : balances) {
     if (!(balance.date < *dayAfter)) break;
     Day day{balance.date, DayKey::of(balance.date, calendar),
             roundedMinutes(balance.workedSeconds - balance.expectedSeconds), false};
-    day.settledBefore = booked.contains(identifier(day.key));
+    day.settledBefore = !named.empty() && named.contains(identifier(day.key));
     days.push_back(std::move(day));
   }
   return days;
@@ -223,6 +229,25 @@ Unsettled unsettled(ModelContext& context, const TimeBankSettings& settings, Dat
   }
   if (asStored) counted.write(container);
   return counted.unsettled;
+}
+
+void keepCurrent(ModelContext& context) {
+  ModelContainer* container = context.container().get();  // outlives the context's observers
+  context.setSaveObserver<BalanceAdjustment>(
+      std::string(cacheKey), [container](const ModelContext::SavedRecords<BalanceAdjustment>& saved) {
+        if (!saved.deleted.empty() || saved.inserted != saved.written.size()) return;
+        // Settlement identifiers are name-based; any other booking leaves
+        // every day's settledness as it was.
+        const auto mayBeSettlement = [](const BalanceAdjustment* booking) {
+          return (booking->id().bytes[6] & 0xF0) == nameBased;
+        };
+        if (std::any_of(saved.written.begin(), saved.written.end(), mayBeSettlement)) return;
+        auto counted = Counted::read(*container);
+        const std::string previous = std::to_string(saved.previousGeneration) + " ";
+        if (!counted || !counted->signature.starts_with(previous)) return;
+        counted->signature.replace(0, previous.size(), std::to_string(saved.generation) + " ");
+        counted->write(*container);
+      });
 }
 
 }  // namespace quillmont::Settlement

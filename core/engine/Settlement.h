@@ -90,4 +90,11 @@ struct Unsettled {
 Unsettled unsettled(ModelContext& context, const TimeBankSettings& settings, Date now,
                     TimeBankCalculator::HolidayDays holidays, const Calendar& calendar);
 
+/// Carries the recorded count through this context's later saves that only
+/// insert bookings, none of them a settlement: a booking enters neither a
+/// day's worked nor its planned time, and only a settlement decides which
+/// days are settled. Any other write leaves the count behind, and the next
+/// read counts again.
+void keepCurrent(ModelContext& context);
+
 }  // namespace quillmont::Settlement

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <random>
 
+#include "core/engine/DataStoreMaintenance.h"
 #include "core/engine/DayKey.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WorkEntry.h"
@@ -37,6 +39,30 @@ class SettlementTest : public ::testing::Test {
 
   std::vector<Settlement::Day> plan(Date first, Date last, const std::vector<Date>& holidays = {}) {
     return Settlement::plan(context_, *settings_, first, last, holidays, calendar_);
+  }
+
+  void book(ModelContext& context, UUID id, Date date, std::int64_t minutes, Date now) {
+    context.insert(std::make_shared<BalanceAdjustment>(id, date, minutes, "", BalanceAdjustmentKind::manual, now, now));
+    context.save();
+  }
+
+  Settlement::Unsettled unsettled(Date now) {
+    return Settlement::unsettled(context_, *settings_, now, {}, calendar_);
+  }
+
+  // Replaces the minutes of the recorded count by a figure no count gives,
+  // so a read that returns it was served by the record.
+  static constexpr std::int64_t marked = 123457;
+  void markRecordedCount() {
+    ModelContainer& container = *context_.container();
+    const auto text = container.metadata("settlement.unsettled");
+    ASSERT_TRUE(text);
+    const auto bar = text->rfind('|');
+    const auto first = text->find(' ', bar);
+    const auto second = text->find(' ', first + 1);
+    ASSERT_NE(second, std::string::npos);
+    container.setMetadata("settlement.unsettled",
+                          text->substr(0, first + 1) + std::to_string(marked) + text->substr(second));
   }
 
   Calendar calendar_;
@@ -169,6 +195,117 @@ TEST_F(SettlementTest, ARecordedCountGoesOnFromItsLastDayAndIsDroppedByAnyChange
   const auto unsettled = Settlement::unsettled(context_, *settings_, friday, {}, calendar_);
   EXPECT_EQ(unsettled.minutes, -7 * 480);
   EXPECT_EQ(unsettled.since, day(2026, 3, 4));
+}
+
+TEST_F(SettlementTest, OrdinaryBookingsKeepTheRecordedCountAndSettlementsDropIt) {
+  const Date now = day(2026, 3, 12) + 10 * hour;
+  DataStoreMaintenance::reconcile(context_, calendar_, now, true);  // what every writer runs first
+  work(day(2026, 3, 2) + 8 * hour, day(2026, 3, 2) + 16 * hour);
+  ASSERT_EQ(unsettled(now).minutes, -7 * 480);
+  markRecordedCount();
+  ASSERT_EQ(unsettled(now).minutes, marked);
+
+  // Bookings, one or several to a save, on counted days or today, keep it.
+  book(context_, UUID::random(), day(2026, 3, 4) + 9 * hour, -90, now);
+  context_.insert(std::make_shared<BalanceAdjustment>(UUID::random(), day(2026, 3, 3) + 9 * hour, 45, "",
+                                                      BalanceAdjustmentKind::appointment, now, now));
+  book(context_, UUID::random(), now, 30, now);
+  EXPECT_EQ(unsettled(now).minutes, marked);
+  // The next day goes on from it.
+  EXPECT_EQ(unsettled(now + 24 * hour).minutes, marked - 480);
+  EXPECT_EQ(unsettled(now).minutes, -7 * 480);  // a count past today is not used
+
+  // A settlement, settled by hand or booked like any other, drops it.
+  markRecordedCount();
+  book(context_, Settlement::identifier("2026-03-03"), day(2026, 3, 3) + 12 * hour, -480, now);
+  auto counted = unsettled(now);
+  EXPECT_EQ(counted.minutes, -6 * 480);
+  EXPECT_EQ(counted.since, day(2026, 3, 4));
+  markRecordedCount();
+  Settlement::settle(plan(day(2026, 3, 4), day(2026, 3, 9)), context_, now);
+  counted = unsettled(now);
+  EXPECT_EQ(counted.minutes, -2 * 480);
+  EXPECT_EQ(counted.since, day(2026, 3, 10));
+}
+
+TEST_F(SettlementTest, EditsDeletionsUndoAndOtherWritersDropTheRecordedCount) {
+  const Date now = day(2026, 3, 12) + 10 * hour;
+  DataStoreMaintenance::reconcile(context_, calendar_, now, true);
+  work(day(2026, 3, 2) + 8 * hour, day(2026, 3, 2) + 16 * hour);
+  const UUID ordinary = UUID::random();
+  book(context_, ordinary, day(2026, 3, 3) + 9 * hour, 30, now);
+  {
+    ModelContext settling(context_.container());
+    settling.setUndoAction("settle");
+    Settlement::settle(Settlement::plan(settling, *settings_, day(2026, 3, 2), day(2026, 3, 6), {}, calendar_),
+                       settling, now);
+  }
+  ASSERT_EQ(unsettled(now).minutes, -3 * 480);
+
+  // Undoing the settlement makes its days unsettled again.
+  markRecordedCount();
+  ASSERT_TRUE(context_.container()->undoLastAction());
+  EXPECT_EQ(unsettled(now).minutes, -7 * 480);
+
+  // A booking written by another program (no observer carries the count).
+  markRecordedCount();
+  {
+    ModelContext other(context_.container());
+    book(other, Settlement::identifier("2026-03-03"), day(2026, 3, 3) + 12 * hour, -480, now);
+  }
+  EXPECT_EQ(unsettled(now).minutes, -6 * 480);
+
+  // An edit could turn a booking into a settlement, or move one; a deletion
+  // could remove one: both count again.
+  const auto settlement = context_.fetch<BalanceAdjustment>({[](const BalanceAdjustment& booking) {
+                                                               return booking.id() == Settlement::identifier("2026-03-03");
+                                                             }, {}});
+  ASSERT_EQ(settlement.size(), 1u);
+  markRecordedCount();
+  settlement[0]->setMinutes(-470);
+  context_.save();
+  EXPECT_EQ(unsettled(now).minutes, -6 * 480);
+  markRecordedCount();
+  context_.deleteRecord(settlement[0]);
+  context_.save();
+  EXPECT_EQ(unsettled(now).minutes, -7 * 480);
+}
+
+TEST_F(SettlementTest, ACarriedCountEqualsAFreshOneAfterAnyMixOfWrites) {
+  const Date now = day(2026, 3, 27) + 10 * hour;
+  DataStoreMaintenance::reconcile(context_, calendar_, now, true);
+  std::mt19937 random(20261125);
+  const auto pick = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
+  const auto someDay = [&] { return day(2026, 3, 2) + 24 * hour * pick(25); };
+  ModelContext other(context_.container());
+  for (int step = 0; step < 150; ++step) {
+    switch (pick(6)) {
+      case 0:
+        work(someDay() + 8 * hour, someDay() + 8 * hour + 60 * pick(600));
+        break;
+      case 1: {
+        const Date first = someDay();
+        Settlement::settle(plan(first, first + 24 * hour * pick(4)), context_, now);
+        break;
+      }
+      case 2: {
+        auto bookings = context_.fetch<BalanceAdjustment>();
+        if (!bookings.empty()) context_.deleteRecord(bookings[static_cast<std::size_t>(pick(static_cast<int>(bookings.size())))]);
+        context_.save();
+        break;
+      }
+      case 3:
+        book(other, UUID::random(), someDay() + 9 * hour, pick(200) - 100, now);
+        break;
+      default:
+        book(context_, UUID::random(), someDay() + 9 * hour, pick(200) - 100, now);
+    }
+    const auto counted = unsettled(now);
+    context_.container()->setMetadata("settlement.unsettled", "");
+    const auto fresh = unsettled(now);
+    ASSERT_EQ(counted.minutes, fresh.minutes) << "after step " << step;
+    ASSERT_EQ(counted.since, fresh.since) << "after step " << step;
+  }
 }
 
 }  // namespace

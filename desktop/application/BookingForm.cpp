@@ -79,7 +79,10 @@ BookingForm::BookingForm(QWidget* parent)
   const auto place = [&](int row, int column, const QString& label, QWidget* field, const std::string& name) {
     auto* caption = new QLabel(label, this);
     caption->setBuddy(field);
-    grid->addWidget(caption, row, column * 2, Qt::AlignRight | Qt::AlignTop);
+    // Level with the field, whether or not a problem line shows under it.
+    caption->setMinimumHeight(field->sizeHint().height());
+    caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    grid->addWidget(caption, row, column * 2, Qt::AlignTop);
     grid->addWidget(withLine(field, problems_.lineFor(name, this)), row, column * 2 + 1);
   };
   place(0, 0, "&Amount", amount_, "amount");
@@ -89,7 +92,9 @@ BookingForm::BookingForm(QWidget* parent)
   grid->setColumnStretch(1, 1);
   grid->setColumnStretch(3, 1);
   auto* last = new QHBoxLayout;
-  last->addWidget(problems_.lineFor("", this), 1);
+  // The refusal takes the room left of the button; the button keeps its size.
+  last->addWidget(problems_.lineFor("", this), 10);
+  last->addStretch(1);
   last->addWidget(book_, 0, Qt::AlignTop);
   grid->addLayout(last, 2, 0, 1, 4);
 }

@@ -152,6 +152,9 @@ TEST_F(HistoryPageTest, AWorkEntryIsEditedWithTheCommandLinesRules) {
   ASSERT_EQ(page.editDialog(), dialog);
   EXPECT_THAT(dialog->problems().text("").toStdString(), HasSubstr("13:00"));
   EXPECT_TRUE(dialog->problems().text("end").isEmpty());
+  if (const char* folder = std::getenv("QUILLMONT_SCREENSHOTS")) {
+    EXPECT_TRUE(dialog->grab().save(QString(folder) + "/Edit work.png", "PNG"));
+  }
 
   // A time alone is on the entry's own day.
   type(dialog->end(), "12:30");

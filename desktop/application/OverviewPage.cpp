@@ -111,6 +111,7 @@ OverviewPage::OverviewPage(QWidget* parent)
   });
   auto* unsettledRow = new QHBoxLayout;
   unsettledRow->addWidget(unsettled_);
+  unsettledRow->addSpacing(12);
   unsettledRow->addWidget(settle_);
 
   auto* figures = new QFormLayout;

@@ -84,6 +84,10 @@ TEST_F(OverviewPageTest, TheFormBooksAndShowsWhatItRefusesWhereItBelongs) {
   EXPECT_EQ(form.problems().text(""), QString::fromUtf8("\"Appointment\" takes time: give a negative amount, e.g. -30."));
   EXPECT_EQ(page.balanceText(), "+0:00");
   EXPECT_EQ(form.amount().text(), "45m");
+  if (const char* folder = std::getenv("QUILLMONT_SCREENSHOTS")) {
+    window_.resize(900, 680);
+    EXPECT_TRUE(window_.grab().save(QString(folder) + "/Time bank refused.png", "PNG"));
+  }
 
   // An amount that is no duration is refused under the amount itself.
   type(form.amount(), "soon");

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -148,9 +149,22 @@ HistoryPage::HistoryPage(QWidget* parent)
 }
 
 void HistoryPage::show(StoreSession& session) {
+  // Reading again (the store changed) keeps the selected record and the place in the list.
+  const QModelIndex current = view_->selectionModel()->currentIndex();
+  const QVariant selected = current.isValid() ? current.data(HistoryModel::identifierRole) : QVariant();
+  const int place = view_->verticalScrollBar()->value();
   calendar_.emplace(session.calendar());
   model_->setRows(History::read(session), session.calendar());
   applyFilter();
+  if (selected.isValid()) {
+    for (int position = 0; position < model_->rowCount(); ++position) {
+      if (model_->index(position, 0).data(HistoryModel::identifierRole) == selected) {
+        view_->selectRow(position);
+        break;
+      }
+    }
+  }
+  view_->verticalScrollBar()->setValue(place);
 }
 
 void HistoryPage::clear() {

@@ -188,8 +188,12 @@ TEST_F(HistoryPageTest, DeleteAsksFirstAndUndoBringsItBack) {
   HistoryPage& page = opened();
   ASSERT_EQ(page.model().rowCount(), 2);
 
+  // The Delete key in the list asks too.
+  window_.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+  page.view().setFocus();
   page.view().selectRow(0);
-  page.deleteAction().trigger();
+  QTest::keyClick(&page.view(), Qt::Key_Delete);
   ASSERT_NE(page.deleteQuestion(), nullptr);
   EXPECT_THAT(page.deleteQuestion()->text().toStdString(), HasSubstr("\u22120:30"));
   answer(*page.deleteQuestion(), "Cancel");
@@ -226,6 +230,14 @@ TEST_F(HistoryPageTest, ABookingFromAnotherProcessAppearsWithinASecond) {
   run({"book", "+30m", "--note", "from the terminal"});
   EXPECT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 1; }, 1000));
   EXPECT_EQ(cell(model, 0, HistoryModel::note), "from the terminal");
+
+  // Reading again keeps the record a person selected.
+  window.historyPage().view().selectRow(0);
+  run({"book", "-15m", "--note", "later"});
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 2; }, 1000));
+  const QModelIndex current = window.historyPage().view().currentIndex();
+  ASSERT_TRUE(current.isValid());
+  EXPECT_EQ(cell(model, current.row(), HistoryModel::note), "from the terminal");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "app/bookings/Bookings.h"
 #include "app/input/TypedValue.h"
@@ -35,17 +34,6 @@ bool configurable(BalanceAdjustmentKind kind) {
     if (each == kind) return true;
   }
   return false;
-}
-
-// A field with its problem line right under it.
-QWidget* withLine(QWidget* field, QLabel* line) {
-  auto* box = new QWidget;
-  auto* layout = new QVBoxLayout(box);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(2);
-  layout->addWidget(field);
-  layout->addWidget(line);
-  return box;
 }
 
 }  // namespace
@@ -83,7 +71,7 @@ BookingForm::BookingForm(QWidget* parent)
     caption->setMinimumHeight(field->sizeHint().height());
     caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     grid->addWidget(caption, row, column * 2, Qt::AlignTop);
-    grid->addWidget(withLine(field, problems_.lineFor(name, this)), row, column * 2 + 1);
+    grid->addWidget(problems_.withLine(field, name, this), row, column * 2 + 1);
   };
   place(0, 0, "&Amount", amount_, "amount");
   place(0, 1, "&Category", category_, "category");

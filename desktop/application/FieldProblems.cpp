@@ -3,6 +3,7 @@
 #include <exception>
 
 #include <QLabel>
+#include <QVBoxLayout>
 
 #include "app/InvalidInput.h"
 #include "app/Refusal.h"
@@ -27,6 +28,18 @@ QLabel* FieldProblems::lineFor(const std::string& field, QWidget* parent) {
   prepare(line, field.empty() ? QString("Problem") : QString::fromStdString("Problem with " + field));
   lines_[field] = line;
   return line;
+}
+
+QWidget* FieldProblems::withLine(QWidget* field, const std::string& name, QWidget* parent) {
+  auto* box = new QWidget(parent);
+  auto* layout = new QVBoxLayout(box);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(2);
+  layout->addWidget(field);
+  layout->addWidget(lineFor(name, box));
+  // A label's mnemonic that names the box reaches the field.
+  box->setFocusProxy(field);
+  return box;
 }
 
 bool FieldProblems::attempt(const std::function<void()>& change) {

@@ -21,6 +21,8 @@ class FieldProblems {
   /// application layer names the input ("amount", "day", "start", ...), and
   /// "" the line under the form, which shows what no field explains.
   QLabel* lineFor(const std::string& field, QWidget* parent);
+  /// The field with its line right under it, as one widget to lay out.
+  QWidget* withLine(QWidget* field, const std::string& name, QWidget* parent);
 
   /// Runs `change`; true when it went through (every line is then empty).
   /// Refused input goes under its field, anything else under the form.

@@ -23,17 +23,6 @@ QLineEdit* field(QWidget* parent, const QString& name, const QString& value, con
   return edit;
 }
 
-// A field with its problem line right under it.
-QWidget* withLine(QWidget* edit, QLabel* line) {
-  auto* box = new QWidget;
-  auto* layout = new QVBoxLayout(box);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(2);
-  layout->addWidget(edit);
-  layout->addWidget(line);
-  return box;
-}
-
 }  // namespace
 
 WorkEntryDialog::WorkEntryDialog(const History::Row& entry, const Calendar& calendar, QWidget* parent)
@@ -54,10 +43,10 @@ WorkEntryDialog::WorkEntryDialog(const History::Row& entry, const Calendar& cale
   anyway_->setAccessibleName("Save anyway");
 
   auto* form = new QFormLayout;
-  form->addRow("&Start", withLine(start_, problems_.lineFor("start", this)));
-  form->addRow("&End", withLine(end_, problems_.lineFor("end", this)));
-  form->addRow("&Break", withLine(break_, problems_.lineFor("break", this)));
-  form->addRow("&Note", withLine(note_, problems_.lineFor("note", this)));
+  form->addRow("&Start", problems_.withLine(start_, "start", this));
+  form->addRow("&End", problems_.withLine(end_, "end", this));
+  form->addRow("&Break", problems_.withLine(break_, "break", this));
+  form->addRow("&Note", problems_.withLine(note_, "note", this));
   auto* hint = new QLabel("A time alone is on the entry's own day.", this);
   hint->setForegroundRole(QPalette::PlaceholderText);
 

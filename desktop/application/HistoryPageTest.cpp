@@ -21,7 +21,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "app/session/StoreSession.h"
 #include "cli/testing/CommandRunner.h"
+#include "core/ledger/WorkEntry.h"
 #include "desktop/DesktopHost.h"
 #include "desktop/application/FieldProblems.h"
 #include "desktop/application/HistoryModel.h"
@@ -178,6 +180,20 @@ TEST_F(HistoryPageTest, AWorkEntryIsEditedWithTheCommandLinesRules) {
   save(*dialog);
   QTest::qWait(0);
   EXPECT_EQ(page.editDialog(), nullptr);
+  EXPECT_EQ(cell(page.model(), morning, HistoryModel::when), "2026-03-04 08:00\u201314:00");
+
+  // Another program changes the entry without journaling it: undo refuses and says why.
+  {
+    StoreSession elsewhere;
+    for (const auto& entry : elsewhere.context().fetch<WorkEntry>()) {
+      if (entry->note() == "early") entry->setNote("changed elsewhere");
+    }
+    elsewhere.context().save();
+  }
+  page.refresh();
+  page.undo();
+  EXPECT_THAT(page.message().toStdString(), HasSubstr("changed since"));
+  EXPECT_EQ(cell(page.model(), morning, HistoryModel::note), "changed elsewhere");
   EXPECT_EQ(cell(page.model(), morning, HistoryModel::when), "2026-03-04 08:00\u201314:00");
 }
 

@@ -2,7 +2,10 @@
 
 #include <cmath>
 #include <exception>
+#include <vector>
 
+#include <QComboBox>
+#include <QDateEdit>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -227,6 +230,12 @@ OverviewPage::OverviewPage(QWidget* parent)
   layout->addLayout(actions);
   layout->addWidget(formBox);
   layout->addStretch(1);
+
+  // Tab follows the page as it reads: timer, quick actions, then the form.
+  std::vector<QWidget*> order{settle_, timerNote_, start_, continue_, stop_, cancel_};
+  order.insert(order.end(), quick_.begin(), quick_.end());
+  order.insert(order.end(), {&form_->amount(), &form_->category(), &form_->note(), &form_->day(), &form_->bookButton()});
+  for (std::size_t index = 1; index < order.size(); ++index) setTabOrder(order[index - 1], order[index]);
   clear();
 }
 

@@ -128,6 +128,15 @@ TEST_F(OverviewPageTest, OwnCategoriesAreOfferedAndTheKeyboardReachesTheForm) {
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
   page.focusBookingForm();
   EXPECT_TRUE(page.bookingForm().amount().hasFocus());
+  QTest::keyClick(&page.bookingForm().amount(), Qt::Key_Tab);
+  EXPECT_TRUE(page.bookingForm().category().hasFocus());
+  // Tab goes the way the page reads: from the timer to the quick actions.
+  page.timerNote().setFocus();
+  QTest::keyClick(&page.timerNote(), Qt::Key_Tab);
+  EXPECT_TRUE(page.startButton().hasFocus());
+  QTest::keyClick(&page.startButton(), Qt::Key_Tab);
+  QTest::keyClick(page.focusWidget(), Qt::Key_Tab);
+  EXPECT_TRUE(page.quickButton(0).hasFocus());
 }
 
 TEST_F(OverviewPageTest, QuickActionsAddAndTakeTheirAmounts) {

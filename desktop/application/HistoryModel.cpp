@@ -10,17 +10,40 @@ void HistoryModel::setRows(std::vector<History::Row> rows, const Calendar& calen
   beginResetModel();
   rows_ = std::move(rows);
   display_.emplace(calendar);
+  select();
   endResetModel();
 }
 
 void HistoryModel::clear() {
   beginResetModel();
   rows_.clear();
+  shown_.clear();
   endResetModel();
 }
 
+void HistoryModel::setFilter(const Filter& filter) {
+  beginResetModel();
+  filter_ = filter;
+  select();
+  endResetModel();
+}
+
+void HistoryModel::select() {
+  using Kinds = Filter::Kinds;
+  shown_.clear();
+  shown_.reserve(rows_.size());
+  for (std::size_t position = 0; position < rows_.size(); ++position) {
+    const History::Row& row = rows_[position];
+    const bool booking = row.kind == History::Row::Kind::booking;
+    if ((filter_.kinds == Kinds::bookings && !booking) || (filter_.kinds == Kinds::work && booking)) continue;
+    if (filter_.from && row.date < *filter_.from) continue;
+    if (filter_.to && !(row.date < *filter_.to)) continue;
+    shown_.push_back(position);
+  }
+}
+
 int HistoryModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+  return parent.isValid() ? 0 : static_cast<int>(shown_.size());
 }
 
 int HistoryModel::columnCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : columns; }
@@ -48,8 +71,8 @@ QString HistoryModel::text(const History::Row& row, int column) const {
 }
 
 QVariant HistoryModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || index.row() >= static_cast<int>(rows_.size()) || !display_) return {};
-  const History::Row& row = rows_[static_cast<std::size_t>(index.row())];
+  if (!index.isValid() || index.row() >= static_cast<int>(shown_.size()) || !display_) return {};
+  const History::Row& row = this->row(index.row());
   switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:

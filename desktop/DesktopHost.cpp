@@ -6,7 +6,10 @@
 #include <QDesktopServices>
 #include <QScreen>
 
+#include "app/preferences/ApplicationPreferences.h"
 #include "core/persistence/AppRoute.h"
+#include "desktop/application/Appearance.h"
+#include "desktop/application/PreferenceChanges.h"
 #include "desktop/application/QuillmontWindow.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/WidgetWindow.h"
@@ -28,6 +31,7 @@ DesktopHost::DesktopHost(Options options, QObject* parent)
     : QObject(parent), options_(std::move(options)), driver_(timeBankWidget(), options_.family) {
   connect(&single_, &SingleInstance::messageReceived, this, [this](const QString& message) {
     if (message.startsWith(openMessagePrefix)) openLink(message.mid(static_cast<qsizetype>(strlen(openMessagePrefix))));
+    else if (message == showMessage) showMainWindow();
   });
   takeOver_.setInterval(takeOverMilliseconds);
   connect(&takeOver_, &QTimer::timeout, this, [this] {
@@ -36,6 +40,8 @@ DesktopHost::DesktopHost(Options options, QObject* parent)
       showTray();
     }
   });
+  connect(&PreferenceChanges::instance(), &PreferenceChanges::changed, this, &DesktopHost::applyPreferences);
+  Appearance::apply(ApplicationPreferences().appearance());
   if (options_.showsWidget) showWidget();
 }
 
@@ -50,12 +56,29 @@ bool DesktopHost::listen() {
   return false;
 }
 
+void DesktopHost::applyPreferences() {
+  const ApplicationPreferences preferences;
+  Appearance::apply(preferences.appearance());
+  if (!tray_) {
+    if (single_.isListening()) showTray();
+    return;
+  }
+  if (preferences.showsTray()) {
+    tray_->setDisplay(preferences.trayDisplay());
+    tray_->show();
+  } else {
+    tray_->hide();
+  }
+}
+
 void DesktopHost::showTray() {
   if (tray_ || !options_.usesTray || !options_.trayAvailable()) return;
+  const ApplicationPreferences preferences;
+  if (!preferences.showsTray()) return;
   tray_ = std::make_unique<TrayIcon>(driver_);
+  tray_->setDisplay(preferences.trayDisplay());
   connect(tray_.get(), &TrayIcon::showWidgetRequested, this, [this] { showWidget(); });
-  connect(tray_.get(), &TrayIcon::openRequested, this,
-          [this] { openLink(QString::fromStdString(AppRoute(AppRoute::overview).url())); });
+  connect(tray_.get(), &TrayIcon::openRequested, this, [this] { showMainWindow(); });
   connect(tray_.get(), &TrayIcon::quitRequested, qApp, &QCoreApplication::quit);
   tray_->show();
 }
@@ -63,10 +86,10 @@ void DesktopHost::showTray() {
 void DesktopHost::showWidget() {
   if (!widgetWindow_) {
     widgetWindow_ = std::make_unique<WidgetWindow>(driver_, options_.instance);
-    connect(widgetWindow_.get(), &WidgetWindow::linkActivated, this, [](const QUrl& url) {
-      // Through the desktop's URL opener, which reaches the installed
-      // handler of quillmont:// links (this program, via its instance).
-      QDesktopServices::openUrl(url);
+    connect(widgetWindow_.get(), &WidgetWindow::linkActivated, this, [this](const QUrl& url) {
+      // Quillmont's own links open here at once; any other through the
+      // desktop's URL opener.
+      if (!openLink(url.toString())) QDesktopServices::openUrl(url);
     });
     widgetWindow_->setContextMenuPolicy(Qt::ActionsContextMenu);
     auto* open = new QAction("Open Quillmont", widgetWindow_.get());
@@ -103,17 +126,38 @@ void DesktopHost::setFamily(WidgetFamily family) {
   if (widgetWindow_) WindowPlacement{widgetWindow_->pos(), family}.save(options_.instance);
 }
 
+void DesktopHost::showMainWindow() {
+  if (mainWindow_ && mainWindow_->isVisible()) {
+    mainWindow_->open(mainWindow_->currentRoute());
+    return;
+  }
+  ensureMainWindow();
+  mainWindow_->openLast();
+}
+
 bool DesktopHost::openLink(const QString& url) {
   const auto route = AppRoute::fromURL(url.toStdString());
   if (!route) return false;
+  ensureMainWindow();
+  mainWindow_->open(*route);
+  return true;
+}
+
+void DesktopHost::ensureMainWindow() {
   if (!mainWindow_) {
     mainWindow_ = std::make_unique<QuillmontWindow>();
     connect(&driver_, &TimelineDriver::entryChanged, mainWindow_.get(), [this] {
       if (mainWindow_->isVisible()) mainWindow_->refresh();
     });
+    connect(mainWindow_.get(), &QuillmontWindow::closed, this, &DesktopHost::windowClosed, Qt::QueuedConnection);
   }
-  mainWindow_->open(*route);
-  return true;
+}
+
+void DesktopHost::windowClosed() {
+  if (!options_.quitsWithWindow) return;
+  if (widgetWindow_ && widgetWindow_->isVisible()) return;
+  if (tray_ && tray_->isVisible() && ApplicationPreferences().closesToTray()) return;
+  QCoreApplication::quit();
 }
 
 }  // namespace quillmont

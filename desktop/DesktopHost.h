@@ -5,6 +5,13 @@
 // process; the one that holds the channel shows the tray icon, where the
 // desktop has a tray, so there is one icon for the program. When that one
 // quits, another takes the channel and the icon over.
+//
+// The application's preferences take effect here: whether the tray icon
+// shows and what its tooltip tells, the appearance, and whether closing the
+// Quillmont window keeps the program running in its tray (else it ends once
+// no widget window is left). The window opens the page of a link directly,
+// whether the link comes from this instance's widget or tray or from another
+// process through the channel.
 #pragma once
 
 #include <QObject>
@@ -29,6 +36,8 @@ class DesktopHost final : public QObject {
  public:
   /// The message by which another process asks for a link to be opened.
   static constexpr const char* openMessagePrefix = "open ";
+  /// The message by which another process asks for the window as it is.
+  static constexpr const char* showMessage = "show";
 
   struct Options {
     WidgetFamily family = WidgetFamily::systemSmall;
@@ -37,6 +46,9 @@ class DesktopHost final : public QObject {
     bool usesTray = true;
     /// Whether the desktop has a tray (asked of Qt unless a test says).
     bool (*trayAvailable)() = &QSystemTrayIcon::isSystemTrayAvailable;
+    /// Whether closing the Quillmont window may end the program (it never
+    /// does while a widget window shows, or the tray is kept by preference).
+    bool quitsWithWindow = true;
   };
 
   /// How often an instance without the channel tries to take it over.
@@ -48,12 +60,16 @@ class DesktopHost final : public QObject {
   /// Opens a quillmont:// link in the Quillmont window; false for a link
   /// that names no page.
   bool openLink(const QString& url);
+  /// Raises the Quillmont window at its page, or opens it at the last one.
+  void showMainWindow();
   /// Shows the widget window (creating it where it stood last time).
   void showWidget();
   /// Takes the single-instance channel and with it the tray icon; when
   /// another instance holds it, keeps trying to take both over. True when
   /// this instance holds the channel now.
   bool listen();
+  /// Applies the application's preferences (appearance, tray) as stored now.
+  void applyPreferences();
 
   WidgetWindow* widgetWindow() const { return widgetWindow_.get(); }
   QuillmontWindow* mainWindow() const { return mainWindow_.get(); }
@@ -64,6 +80,8 @@ class DesktopHost final : public QObject {
  private:
   void setFamily(WidgetFamily family);
   void showTray();
+  void windowClosed();
+  void ensureMainWindow();
 
   Options options_;
   TimelineDriver driver_;

@@ -4,13 +4,18 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QLocale>
 #include <QScreen>
+#include <QDateTime>
 
 #include "app/preferences/ApplicationPreferences.h"
 #include "core/persistence/AppRoute.h"
 #include "desktop/application/Appearance.h"
 #include "desktop/application/PreferenceChanges.h"
 #include "desktop/application/QuillmontWindow.h"
+#include "desktop/DesktopNotifications.h"
+#include "desktop/ForgottenTimer.h"
+#include "desktop/StopAtDialog.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/WidgetWindow.h"
 #include "desktop/WindowPlacement.h"
@@ -38,6 +43,7 @@ DesktopHost::DesktopHost(Options options, QObject* parent)
     if (single_.listen()) {
       takeOver_.stop();
       showTray();
+      watchTimer();
     }
   });
   connect(&PreferenceChanges::instance(), &PreferenceChanges::changed, this, &DesktopHost::applyPreferences);
@@ -50,6 +56,7 @@ DesktopHost::~DesktopHost() = default;
 bool DesktopHost::listen() {
   if (single_.listen()) {
     showTray();
+    watchTimer();
     return true;
   }
   if (options_.usesTray) takeOver_.start();
@@ -151,6 +158,45 @@ void DesktopHost::ensureMainWindow() {
     });
     connect(mainWindow_.get(), &QuillmontWindow::closed, this, &DesktopHost::windowClosed, Qt::QueuedConnection);
   }
+}
+
+void DesktopHost::watchTimer() {
+  if (forgotten_) return;
+  forgotten_ = std::make_unique<ForgottenTimer>();
+  notifications_ = std::make_unique<DesktopNotifications>();
+  connect(forgotten_.get(), &ForgottenTimer::forgotten, this, &DesktopHost::timerForgotten);
+  connect(&driver_, &TimelineDriver::entryChanged, forgotten_.get(), [this] {
+    // The timer may have stopped elsewhere: its notice no longer applies.
+    notifications_->close(forgottenNotice_);
+    forgottenNotice_ = 0;
+    forgotten_->check();
+  });
+  connect(notifications_.get(), &DesktopNotifications::actionInvoked, this, [this](unsigned id, const QString& action) {
+    if (id != forgottenNotice_ || id == 0) return;
+    if (action == "stop-now") {
+      const QString refused = ForgottenTimer::stopNow();
+      if (!refused.isEmpty()) notifications_->notify("The timer was not stopped", refused);
+      driver_.reload();
+    } else if (action == "stop-at") {
+      auto* dialog = new StopAtDialog;
+      dialog->setAttribute(Qt::WA_DeleteOnClose);
+      connect(dialog, &QDialog::accepted, &driver_, &TimelineDriver::reload);
+      dialog->show();
+      dialog->raise();
+      dialog->activateWindow();
+    }
+  });
+  forgotten_->check();
+}
+
+void DesktopHost::timerForgotten(Date since, int hours) {
+  const QDateTime started = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(since.timeIntervalSince1970()));
+  const QString body = QString("The timer started %1 at %2 is still running.")
+                           .arg(started.date() == QDate::currentDate() ? "today" : QLocale().toString(started.date(), QLocale::ShortFormat),
+                                started.time().toString("HH:mm"));
+  forgottenNotice_ = notifications_->notify(
+      QString("Timer running for more than %1 hour%2").arg(hours).arg(hours == 1 ? "" : "s"), body,
+      {"stop-now", "Stop now", "stop-at", QString::fromUtf8("Stop at…")});
 }
 
 void DesktopHost::windowClosed() {

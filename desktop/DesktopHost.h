@@ -11,7 +11,8 @@
 // Quillmont window keeps the program running in its tray (else it ends once
 // no widget window is left). The window opens the page of a link directly,
 // whether the link comes from this instance's widget or tray or from another
-// process through the channel.
+// process through the channel. The instance with the channel also watches
+// for a forgotten timer and offers to stop it in a desktop notification.
 #pragma once
 
 #include <QObject>
@@ -26,6 +27,8 @@
 
 namespace quillmont {
 
+class DesktopNotifications;
+class ForgottenTimer;
 class QuillmontWindow;
 class TrayIcon;
 class WidgetWindow;
@@ -76,11 +79,15 @@ class DesktopHost final : public QObject {
   TimelineDriver& driver() { return driver_; }
   SingleInstance& instance() { return single_; }
   TrayIcon* trayIcon() const { return tray_.get(); }
+  ForgottenTimer* forgottenTimer() const { return forgotten_.get(); }
 
  private:
   void setFamily(WidgetFamily family);
   void showTray();
   void windowClosed();
+  /// Begins watching for a forgotten timer (the instance with the channel).
+  void watchTimer();
+  void timerForgotten(Date since, int hours);
   void ensureMainWindow();
 
   Options options_;
@@ -89,6 +96,9 @@ class DesktopHost final : public QObject {
   std::unique_ptr<WidgetWindow> widgetWindow_;
   std::unique_ptr<QuillmontWindow> mainWindow_;
   std::unique_ptr<TrayIcon> tray_;
+  std::unique_ptr<ForgottenTimer> forgotten_;
+  std::unique_ptr<DesktopNotifications> notifications_;
+  unsigned forgottenNotice_ = 0;
   QTimer takeOver_;
 };
 

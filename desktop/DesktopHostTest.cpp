@@ -206,6 +206,28 @@ TEST(DesktopHost, TheLauncherRaisesTheRunningWindowAtTheLinksPage) {
   ::unsetenv("QUILLMONT_ENTITLEMENTS");
 }
 
+// A booking made by the command line in another process shows in the open
+// Activity page within a second, through the store's reload signal.
+TEST(DesktopHost, TheOpenWindowFollowsABookingFromAnotherProcessWithinASecond) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "0", "--week", "0,0,0,0,0,0,0"}).exitCode, 0);
+  quillmont.shareStoreWithThisProcess();
+  const std::string zone = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
+  ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
+  ::tzset();
+  DesktopHost host({WidgetFamily::systemSmall, "live", false, false});
+  ASSERT_TRUE(host.openLink("quillmont://history"));
+  const HistoryModel& history = host.mainWindow()->historyPage().model();
+  ASSERT_EQ(history.rowCount(), 0);
+  ASSERT_EQ(quillmont.run({"book", "+45m", "--note", "from a terminal"}).exitCode, 0);
+  EXPECT_TRUE(waitFor([&] { return history.rowCount() == 1; }, 1000));
+  EXPECT_EQ(history.index(0, HistoryModel::note).data().toString(), "from a terminal");
+  zone.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone.c_str(), 1);
+  ::tzset();
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
 TEST(DesktopHost, APageIsDrawnOffscreenAtTheSizeAndScaleAsked) {
   CommandRunner quillmont;
   ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "1:00"}).exitCode, 0);

@@ -7,14 +7,18 @@
 
 namespace quillmont {
 
-DesktopNotifications::DesktopNotifications(QObject* parent) : QObject(parent) {
-  QDBusConnection::sessionBus().connect(service, path, service, "ActionInvoked", this,
+DesktopNotifications::DesktopNotifications(QObject* parent)
+    : DesktopNotifications(QDBusConnection::sessionBus(), parent) {}
+
+DesktopNotifications::DesktopNotifications(QDBusConnection bus, QObject* parent)
+    : QObject(parent), bus_(std::move(bus)) {
+  bus_.connect(service, path, service, "ActionInvoked", this,
                                         SLOT(onActionInvoked(uint, QString)));
 }
 
 unsigned DesktopNotifications::notify(const QString& summary, const QString& body, const QStringList& actions) {
-  if (!QDBusConnection::sessionBus().isConnected()) return 0;
-  QDBusInterface notifications(service, path, service, QDBusConnection::sessionBus());
+  if (!bus_.isConnected()) return 0;
+  QDBusInterface notifications(service, path, service, bus_);
   if (!notifications.isValid()) return 0;
   QVariantMap hints;
   hints.insert("desktop-entry", "quillmont");
@@ -25,8 +29,8 @@ unsigned DesktopNotifications::notify(const QString& summary, const QString& bod
 }
 
 void DesktopNotifications::close(unsigned id) {
-  if (id == 0 || !QDBusConnection::sessionBus().isConnected()) return;
-  QDBusInterface notifications(service, path, service, QDBusConnection::sessionBus());
+  if (id == 0 || !bus_.isConnected()) return;
+  QDBusInterface notifications(service, path, service, bus_);
   if (notifications.isValid()) notifications.call(QDBus::NoBlock, "CloseNotification", id);
 }
 

@@ -5,6 +5,7 @@
 // one of this program's notifications.
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -18,7 +19,9 @@ class DesktopNotifications final : public QObject {
   static constexpr const char* service = "org.freedesktop.Notifications";
   static constexpr const char* path = "/org/freedesktop/Notifications";
 
+  /// Notifications on the session bus, or on `bus` (tests).
   explicit DesktopNotifications(QObject* parent = nullptr);
+  explicit DesktopNotifications(QDBusConnection bus, QObject* parent = nullptr);
 
   /// Shows a notification; `actions` alternate key and label. Its id, or 0
   /// when the desktop could not show it.
@@ -31,6 +34,9 @@ class DesktopNotifications final : public QObject {
 
  private slots:
   void onActionInvoked(uint id, const QString& action);
+
+ private:
+  QDBusConnection bus_;
 };
 
 }  // namespace quillmont

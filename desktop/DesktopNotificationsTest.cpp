@@ -1,6 +1,6 @@
 // The notification reaches the freedesktop service with its actions, and
 // the action a person picks comes back, against a stand-in service on a
-// private session bus (skipped where no dbus-daemon is installed).
+// private bus (skipped where no dbus-daemon is installed).
 #include "desktop/DesktopNotifications.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,6 @@
 #include <QVariantMap>
 
 #include <csignal>
-#include <cstdlib>
 
 namespace quillmont {
 
@@ -43,26 +42,27 @@ class StandInNotifications : public QObject {
 namespace {
 
 TEST(DesktopNotifications, ANoticeCarriesItsActionsAndTheChosenOneComesBack) {
-  if (std::getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) {
-    QProcess daemon;
-    daemon.start("dbus-daemon", {"--session", "--fork", "--nopidfile", "--print-address=1", "--print-pid=1"});
-    if (!daemon.waitForStarted(3000) || !daemon.waitForFinished(5000) || daemon.exitCode() != 0) {
-      GTEST_SKIP() << "no dbus-daemon here";
-    }
-    const QStringList lines = QString::fromUtf8(daemon.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 2);
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", lines[0].toUtf8().constData(), 1);
-    static const pid_t started = static_cast<pid_t>(lines[1].toInt());
-    std::atexit([] { ::kill(started, SIGTERM); });
+  // A bus of its own, so that no desktop's real service is disturbed.
+  QProcess daemon;
+  daemon.start("dbus-daemon", {"--session", "--fork", "--nopidfile", "--print-address=1", "--print-pid=1"});
+  if (!daemon.waitForStarted(3000) || !daemon.waitForFinished(5000) || daemon.exitCode() != 0) {
+    GTEST_SKIP() << "no dbus-daemon here";
   }
-  QDBusConnection bus = QDBusConnection::sessionBus();
+  const QStringList lines = QString::fromUtf8(daemon.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+  ASSERT_EQ(lines.size(), 2);
+  const pid_t started = static_cast<pid_t>(lines[1].toInt());
+  struct Ending {
+    pid_t pid;
+    ~Ending() { ::kill(pid, SIGTERM); }
+  } ending{started};
+  QDBusConnection bus = QDBusConnection::connectToBus(lines[0], "quillmont-notifications-test");
   ASSERT_TRUE(bus.isConnected());
   StandInNotifications service;
   ASSERT_TRUE(bus.registerService(DesktopNotifications::service));
   ASSERT_TRUE(bus.registerObject(DesktopNotifications::path, &service,
                                  QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals));
 
-  DesktopNotifications notifications;
+  DesktopNotifications notifications(bus);
   QSignalSpy chosen(&notifications, &DesktopNotifications::actionInvoked);
   EXPECT_EQ(notifications.notify("Timer running", "since 08:00", {"stop-now", "Stop now"}), 41u);
   EXPECT_EQ(service.summary, "Timer running");
@@ -78,6 +78,7 @@ TEST(DesktopNotifications, ANoticeCarriesItsActionsAndTheChosenOneComesBack) {
   EXPECT_EQ(service.closed, QList<uint>({41}));
   bus.unregisterObject(DesktopNotifications::path);
   bus.unregisterService(DesktopNotifications::service);
+  QDBusConnection::disconnectFromBus("quillmont-notifications-test");
 }
 
 }  // namespace

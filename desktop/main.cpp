@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QByteArray>
+#include <QIcon>
 #include <QImage>
 #include <QRegularExpression>
 #include <QTimer>
@@ -19,6 +20,7 @@
 
 #include "desktop/DesktopAutostart.h"
 #include "desktop/DesktopHost.h"
+#include "desktop/TrayIcon.h"
 #include "desktop/WidgetPainter.h"
 #include "desktop/WidgetPalette.h"
 #include "desktop/WidgetWindow.h"
@@ -235,7 +237,10 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillmont-widget");
   QApplication::setApplicationDisplayName("Quillmont");
-  QApplication::setDesktopFileName("quillmont-widget");
+  // The application window belongs to the "Quillmont" launcher, the widget
+  // to its own: taskbars and docks group and label the windows by it.
+  QApplication::setDesktopFileName(arguments.app || !arguments.open.empty() ? "quillmont" : "quillmont-widget");
+  QApplication::setWindowIcon(QIcon::fromTheme("quillmont", TrayIcon::leafIcon()));
 
   std::optional<WidgetFamily> family;
   if (!arguments.size.empty()) family = widgetFamilyNamed(arguments.size);

@@ -57,6 +57,7 @@ SetupForm::SetupForm(QWidget* parent)
       "day owes. You can change all of this later in Settings.",
       this);
   intro->setWordWrap(true);
+  intro->setMaximumWidth(intro->fontMetrics().averageCharWidth() * 80);  // lines a reader can follow
 
   start_->setCalendarPopup(true);
   start_->setDisplayFormat("yyyy-MM-dd");

@@ -100,7 +100,7 @@ void DesktopHost::showWidget() {
     });
     widgetWindow_->setContextMenuPolicy(Qt::ActionsContextMenu);
     auto* open = new QAction("Open Quillmont", widgetWindow_.get());
-    connect(open, &QAction::triggered, this, [this] { openLink(QString::fromStdString(AppRoute(AppRoute::overview).url())); });
+    connect(open, &QAction::triggered, this, [this] { showMainWindow(); });
     auto* sizes = new QActionGroup(widgetWindow_.get());
     for (const WidgetFamily family : {WidgetFamily::systemSmall, WidgetFamily::systemMedium}) {
       auto* size = new QAction(family == WidgetFamily::systemSmall ? "Small" : "Medium", sizes);

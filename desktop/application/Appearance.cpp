@@ -71,6 +71,9 @@ bool isDark(const QPalette& palette) {
 
 void apply(ApplicationPreferences::Appearance choice) {
   auto& desktop = desktopPalette();
+  // Until light or dark is chosen the application keeps following the
+  // desktop's palette as it changes.
+  if (!desktop && choice == ApplicationPreferences::Appearance::system) return;
   if (!desktop) desktop = QApplication::palette();
   QApplication::setPalette(palette(choice, *desktop));
 }

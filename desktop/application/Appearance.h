@@ -14,8 +14,9 @@ namespace quillmont::Appearance {
 QPalette palette(ApplicationPreferences::Appearance choice, const QPalette& system);
 /// Whether a palette draws light text on a dark window.
 bool isDark(const QPalette& palette);
-/// Applies the stored choice to the running application. The desktop's
-/// palette is the one the application had when this was first called.
+/// Applies the choice to the running application. The desktop's palette is
+/// the one the application had when light or dark was first applied; before
+/// that, `system` leaves the application's palette alone.
 void apply(ApplicationPreferences::Appearance choice);
 
 }  // namespace quillmont::Appearance

@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QImage>
 #include <QProcess>
 #include <sys/stat.h>
 
@@ -22,7 +23,9 @@
 #include "desktop/application/HistoryPage.h"
 #include "desktop/application/OverviewPage.h"
 #include "desktop/application/QuillmontWindow.h"
+#include "app/preferences/ApplicationPreferences.h"
 #include "desktop/TrayIcon.h"
+#include "desktop/application/PreferenceChanges.h"
 #include "desktop/WidgetWindow.h"
 
 namespace quillmont {
@@ -127,6 +130,120 @@ TEST(DesktopHost, RenderedPicturesArePrivateWhateverTheUmask) {
   EXPECT_GT(status.st_size, 100);
   ASSERT_EQ(::stat(picture.parent_path().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0700u);
+}
+
+// The tray follows the preferences as soon as they are written: shown or
+// not, and what its tooltip tells; closing the window keeps the program only
+// while the tray is kept by preference or a widget window shows.
+TEST(DesktopHost, TrayPreferencesTakeEffectAtOnce) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "2:00", "--week", "0,0,0,0,0,0,0"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "+30m"}).exitCode, 0);
+  quillmont.shareStoreWithThisProcess();
+  const ApplicationPreferences preferences;
+  using Display = ApplicationPreferences::TrayDisplay;
+  ASSERT_TRUE(preferences.setTrayDisplay(Display::balanceAndToday));
+  DesktopHost::Options options{WidgetFamily::systemSmall, "tray", false, true};
+  options.trayAvailable = [] { return true; };
+  DesktopHost host(options);
+  ASSERT_TRUE(host.listen());
+  ASSERT_NE(host.trayIcon(), nullptr);
+  TrayIcon& tray = *host.trayIcon();
+  EXPECT_EQ(tray.toolTip().toStdString(), "Time bank +2:30\n+0:30 today");
+
+  ASSERT_TRUE(preferences.setTrayDisplay(Display::balance));
+  PreferenceChanges::notify();
+  EXPECT_EQ(tray.toolTip().toStdString(), "Time bank +2:30");
+  ASSERT_TRUE(preferences.setTrayDisplay(Display::icon));
+  PreferenceChanges::notify();
+  EXPECT_EQ(tray.toolTip().toStdString(), "Quillmont");
+
+  // Closing the window with the tray kept leaves the program running.
+  ASSERT_TRUE(preferences.setClosesToTray(true));
+  ASSERT_TRUE(host.openLink("quillmont://overview"));
+  host.mainWindow()->close();
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(tray.isVisible());
+
+  ASSERT_TRUE(preferences.setShowsTray(false));
+  PreferenceChanges::notify();
+  EXPECT_FALSE(tray.isVisible());
+  ASSERT_TRUE(preferences.setShowsTray(true));
+  PreferenceChanges::notify();
+  EXPECT_TRUE(tray.isVisible());
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+// The launcher and the link handler (`--app [LINK]`) hand a running program
+// the page to show instead of starting a second one, and a link from this
+// program's own widget opens without leaving the process.
+TEST(DesktopHost, TheLauncherRaisesTheRunningWindowAtTheLinksPage) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "0"}).exitCode, 0);
+  quillmont.shareStoreWithThisProcess();
+  DesktopHost host({WidgetFamily::systemSmall, "launcher", false, false});
+  ASSERT_TRUE(host.instance().listen());
+  const auto launch = [](const QStringList& arguments) {
+    QProcess other;
+    other.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+    other.start(QUILLMONT_WIDGET_BINARY, arguments);
+    EXPECT_TRUE(other.waitForStarted());
+    EXPECT_TRUE(waitFor([&] { return other.state() == QProcess::NotRunning; }, 10000));
+    return other.exitCode();
+  };
+  EXPECT_EQ(launch({"--app", "quillmont://reports"}), 0);
+  ASSERT_TRUE(waitFor([&] { return host.mainWindow() != nullptr && host.mainWindow()->isVisible(); }, 2000));
+  EXPECT_EQ(host.mainWindow()->currentRoute(), AppRoute(AppRoute::reports));
+  host.mainWindow()->open(AppRoute::history);
+  // Without a link the launcher raises the window as it is.
+  host.mainWindow()->hide();
+  EXPECT_EQ(launch({"--app"}), 0);
+  ASSERT_TRUE(waitFor([&] { return host.mainWindow()->isVisible(); }, 2000));
+  EXPECT_EQ(host.mainWindow()->currentRoute(), AppRoute(AppRoute::history));
+  EXPECT_EQ(launch({"--app", "https://example.org"}), 2);
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+// A booking made by the command line in another process shows in the open
+// Activity page within a second, through the store's reload signal.
+TEST(DesktopHost, TheOpenWindowFollowsABookingFromAnotherProcessWithinASecond) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "0", "--week", "0,0,0,0,0,0,0"}).exitCode, 0);
+  quillmont.shareStoreWithThisProcess();
+  const std::string zone = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
+  ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
+  ::tzset();
+  DesktopHost host({WidgetFamily::systemSmall, "live", false, false});
+  ASSERT_TRUE(host.openLink("quillmont://history"));
+  const HistoryModel& history = host.mainWindow()->historyPage().model();
+  ASSERT_EQ(history.rowCount(), 0);
+  ASSERT_EQ(quillmont.run({"book", "+45m", "--note", "from a terminal"}).exitCode, 0);
+  EXPECT_TRUE(waitFor([&] { return history.rowCount() == 1; }, 1000));
+  EXPECT_EQ(history.index(0, HistoryModel::note).data().toString(), "from a terminal");
+  zone.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone.c_str(), 1);
+  ::tzset();
+  ::unsetenv("QUILLMONT_HOME");
+  ::unsetenv("QUILLMONT_ENTITLEMENTS");
+}
+
+TEST(DesktopHost, APageIsDrawnOffscreenAtTheSizeAndScaleAsked) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "today", "--balance", "1:00"}).exitCode, 0);
+  const auto picture = quillmont.home() / "history.png";
+  const auto drawn = quillmont.runProgram(
+      QUILLMONT_WIDGET_BINARY, {"--render-page", "history", picture.string(), "--size", "800x600", "--scale", "2", "--dark"});
+  ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+  EXPECT_THAT(drawn.out, HasSubstr("Activity page (1600 × 1200)"));
+  const QImage image(QString::fromStdString(picture.string()));
+  ASSERT_FALSE(image.isNull());
+  EXPECT_EQ(image.size(), QSize(1600, 1200));
+  EXPECT_LT(image.pixelColor(5, image.height() / 2).lightness(), 100) << "drawn dark";
+  EXPECT_EQ(quillmont.runProgram(QUILLMONT_WIDGET_BINARY, {"--render-page", "calendar", picture.string()}).exitCode, 2);
+  EXPECT_EQ(quillmont.runProgram(QUILLMONT_WIDGET_BINARY, {"--render-page", "history", picture.string(), "--size", "large"})
+                .exitCode,
+            2);
 }
 
 }  // namespace

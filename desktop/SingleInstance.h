@@ -21,6 +21,7 @@ class SingleInstance final : public QObject {
   static bool sendToRunning(const QString& message);
   /// Becomes the running instance; false when another one already is.
   bool listen();
+  bool isListening() const { return server_.isListening(); }
 
  signals:
   void messageReceived(const QString& message);

@@ -49,14 +49,22 @@ TrayIcon::TrayIcon(TimelineDriver& driver, QObject* parent)
 
 TrayIcon::~TrayIcon() = default;
 
+void TrayIcon::setDisplay(ApplicationPreferences::TrayDisplay display) {
+  display_ = display;
+  update();
+}
+
 void TrayIcon::update() {
   const auto* entry = std::any_cast<TimeBankTimelineEntry>(&driver_.entry().entry);
   if (entry == nullptr || !entry->snapshot.isConfigured) {
     icon_.setToolTip("Quillmont\nSet up your time bank");
     return;
   }
-  icon_.setToolTip(QString::fromStdString("Time bank " + DurationFormatting::clock(entry->snapshot.balanceSeconds, true) +
-                                          "\n" + TimeBankWidgetView::todayText(entry->snapshot)));
+  using Display = ApplicationPreferences::TrayDisplay;
+  std::string tip = "Quillmont";
+  if (display_ != Display::icon) tip = "Time bank " + DurationFormatting::clock(entry->snapshot.balanceSeconds, true);
+  if (display_ == Display::balanceAndToday) tip += "\n" + TimeBankWidgetView::todayText(entry->snapshot);
+  icon_.setToolTip(QString::fromStdString(tip));
 }
 
 void TrayIcon::adjust(int minutes) {

@@ -1,11 +1,14 @@
 // TrayIcon: the time bank in the desktop's system tray, where there is one:
-// the leaf icon, a tooltip with the balance and today's change, and a menu
+// the leaf icon, a tooltip with what the person chose to see (nothing more
+// than the name, the balance, or the balance and today's change), and a menu
 // to add or subtract 60 minutes, show the widget, open Quillmont or quit.
 #pragma once
 
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <memory>
+
+#include "app/preferences/ApplicationPreferences.h"
 
 class QMenu;
 
@@ -22,6 +25,10 @@ class TrayIcon final : public QObject {
 
   QString toolTip() const { return icon_.toolTip(); }
   void show() { icon_.show(); }
+  void hide() { icon_.hide(); }
+  bool isVisible() const { return icon_.isVisible(); }
+  /// What the tooltip shows; the icon alone shows only the program's name.
+  void setDisplay(ApplicationPreferences::TrayDisplay display);
 
   /// The leaf, drawn by the program, at `side` pixels.
   static QIcon leafIcon();
@@ -36,6 +43,7 @@ class TrayIcon final : public QObject {
   void adjust(int minutes);
 
   TimelineDriver& driver_;
+  ApplicationPreferences::TrayDisplay display_ = ApplicationPreferences::TrayDisplay::balanceAndToday;
   QSystemTrayIcon icon_;
   std::unique_ptr<QMenu> menu_;
 };

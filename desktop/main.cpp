@@ -1,9 +1,12 @@
 // quillmont-widget: the time-bank widget on the desktop (see DesktopHost),
-// its offscreen rendering to PNG, and the window that quillmont:// links open.
+// the Quillmont application window (--app, and quillmont:// links), and the
+// offscreen rendering of either to PNG.
 #include <QApplication>
 #include <QBuffer>
 #include <QByteArray>
+#include <QIcon>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTimer>
 #include <cerrno>
 #include <cstdlib>
@@ -11,15 +14,19 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "desktop/DesktopAutostart.h"
 #include "desktop/DesktopHost.h"
+#include "desktop/TrayIcon.h"
 #include "desktop/WidgetPainter.h"
 #include "desktop/WidgetPalette.h"
 #include "desktop/WidgetWindow.h"
 #include "desktop/WindowPlacement.h"
+#include "desktop/application/PageRendering.h"
+#include "desktop/application/QuillmontWindow.h"
 #include "platform/foundation/PrivateFiles.h"
 #include "platform/foundation/ProcessEntitlements.h"
 #include "widget/TimeBankWidget.h"
@@ -35,6 +42,9 @@ struct Arguments {
   double scale = 1;
   bool dark = false;
   std::string open;
+  bool app = false;
+  std::string link;
+  std::vector<std::string> renderPage;
   bool noTray = false;
   std::string autostart;
   bool quitAfterFirstFrame = false;
@@ -58,6 +68,8 @@ void preferX11ForWidgetWindows() {
 QtMessageHandler defaultHandler = nullptr;
 void filterMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   if (message.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set")) return;
+  // What the offscreen platform cannot do matters nothing to a picture.
+  if (message.startsWith("This plugin does not support")) return;
   if (defaultHandler != nullptr) defaultHandler(type, context, message);
 }
 
@@ -90,14 +102,44 @@ int render(const Arguments& arguments, WidgetFamily family) {
   return 0;
 }
 
+// Writes an image as every file of ours is written: private, whole or not
+// at all, and on the disk before we say so.
+bool writePng(const QImage& image, const std::string& file) {
+  QByteArray png;
+  QBuffer buffer(&png);
+  buffer.open(QIODevice::WriteOnly);
+  if (!image.save(&buffer, "PNG")) {
+    fail("cannot draw " + file);
+    return false;
+  }
+  if (!PrivateFiles::writeAtomically(file, std::string_view(png.constData(), static_cast<std::size_t>(png.size())))) {
+    fail("cannot write " + file + ": " + std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+int renderPage(const Arguments& arguments, AppRoute route, QSize size) {
+  const QImage image = PageRendering::render(route, size, arguments.dark);
+  if (image.isNull()) {
+    fail("cannot draw the page " + std::string(route.rawValue()));
+    return 1;
+  }
+  if (!writePng(image, arguments.renderPage[1])) return 1;
+  std::cout << "Drew the " << route.title() << " page (" << image.width() << " × " << image.height() << ") into "
+            << arguments.renderPage[1] << ".\n";
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("The Quillmont time-bank widget on the desktop", "quillmont-widget");
   app.set_version_flag("--version", std::string("quillmont-widget ") + QUILLMONT_VERSION);
   Arguments arguments;
-  app.add_option("--size", arguments.size, "small or medium (default: the instance's last size, else small)")
-      ->check(CLI::IsMember({"small", "medium"}))
+  app.add_option("--size", arguments.size,
+                 "small or medium (default: the instance's last size, else small); WxH with --render-page "
+                 "(default 900x640)")
       ->type_name("SIZE");
   app.add_option("--instance", arguments.instance,
                  "Name of this widget, to run several and remember each one's place (default: its size)")
@@ -111,6 +153,14 @@ int main(int argc, char** argv) {
   app.add_option("--open", arguments.open,
                  "Open a quillmont:// link in the Quillmont window (in the running widget when there is one)")
       ->type_name("URL");
+  app.add_flag("--app", arguments.app,
+               "Open the Quillmont window (at LINK's page, else the last one), in the running program when there is one");
+  app.add_option("link", arguments.link, "A quillmont:// link for --app (as the desktop's handler passes it)")
+      ->type_name("LINK");
+  app.add_option("--render-page", arguments.renderPage,
+                 "Draw a page of the Quillmont window (overview, history, reports, settings) into a PNG file and exit")
+      ->expected(2)
+      ->type_name("ROUTE FILE.png");
   app.add_flag("--no-tray", arguments.noTray, "Do not show the tray icon");
   app.add_option("--autostart", arguments.autostart, "enable or disable starting this widget at login")
       ->check(CLI::IsMember({"enable", "disable"}))
@@ -133,6 +183,34 @@ int main(int argc, char** argv) {
     return 1;
   }
 
+  // --size names a widget size, or a page's size in pixels with --render-page.
+  const bool rendersPage = !arguments.renderPage.empty();
+  std::optional<AppRoute> pageRoute;
+  QSize pageSize(900, 640);
+  if (rendersPage) {
+    pageRoute = AppRoute::fromRawValue(arguments.renderPage[0]);
+    if (!pageRoute) {
+      fail("--render-page: '" + arguments.renderPage[0] + "' is not a page (overview, history, reports, settings)");
+      return 2;
+    }
+    if (!arguments.size.empty()) {
+      const auto match = QRegularExpression("^([0-9]{2,5})x([0-9]{2,5})$").match(QString::fromStdString(arguments.size));
+      if (!match.hasMatch() || match.captured(1).toInt() > 8000 || match.captured(2).toInt() > 8000) {
+        fail("--size: give the page's size as WIDTHxHEIGHT, e.g. 900x640");
+        return 2;
+      }
+      pageSize = QSize(match.captured(1).toInt(), match.captured(2).toInt());
+      arguments.size.clear();
+    }
+  } else if (!arguments.size.empty() && arguments.size != "small" && arguments.size != "medium") {
+    fail("--size: " + arguments.size + " not in {small,medium}");
+    return 2;
+  }
+  if (!arguments.link.empty() && !arguments.app) {
+    fail("a link is opened with --app LINK or --open LINK");
+    return 2;
+  }
+
   QString instance = QString::fromStdString(arguments.instance.empty() ? arguments.size : arguments.instance);
   if (!instance.isEmpty() && !WindowPlacement::isValidInstance(instance)) {
     fail("--instance: use letters, digits, '-' and '_' only");
@@ -148,10 +226,10 @@ int main(int argc, char** argv) {
     }
   }
 
-  ::setenv("NO_COLOR", "1", 1);  // the window shows the command line's pages as plain text
   const bool renders = !arguments.render.empty();
-  if (renders) {
+  if (renders || rendersPage) {
     if (std::getenv("QT_QPA_PLATFORM") == nullptr) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (rendersPage) ::setenv("QT_SCALE_FACTOR", std::to_string(arguments.scale).c_str(), 1);
   } else {
     preferX11ForWidgetWindows();
   }
@@ -159,7 +237,10 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillmont-widget");
   QApplication::setApplicationDisplayName("Quillmont");
-  QApplication::setDesktopFileName("quillmont-widget");
+  // The application window belongs to the "Quillmont" launcher, the widget
+  // to its own: taskbars and docks group and label the windows by it.
+  QApplication::setDesktopFileName(arguments.app || !arguments.open.empty() ? "quillmont" : "quillmont-widget");
+  QApplication::setWindowIcon(QIcon::fromTheme("quillmont", TrayIcon::leafIcon()));
 
   std::optional<WidgetFamily> family;
   if (!arguments.size.empty()) family = widgetFamilyNamed(arguments.size);
@@ -168,13 +249,25 @@ int main(int argc, char** argv) {
   if (!family) family = placement ? placement->family : WidgetFamily::systemSmall;
 
   if (renders) return render(arguments, *family);
+  if (rendersPage) return renderPage(arguments, *pageRoute, pageSize);
 
+  if (arguments.app) {
+    // The application: the window, in the program already running when
+    // there is one (no second process), else here with the tray.
+    const QString link = QString::fromStdString(arguments.link);
+    if (!link.isEmpty() && !AppRoute::fromURL(arguments.link)) {
+      fail("'" + arguments.link + "' is not a Quillmont link (try quillmont://overview)");
+      return 2;
+    }
+    const QString message = link.isEmpty() ? QString(DesktopHost::showMessage) : DesktopHost::openMessagePrefix + link;
+    if (SingleInstance::sendToRunning(message)) return 0;
+  }
   const bool opensOnly = !arguments.open.empty();
   if (opensOnly && SingleInstance::sendToRunning(DesktopHost::openMessagePrefix + QString::fromStdString(arguments.open))) {
     return 0;
   }
   try {
-    DesktopHost host({*family, instance, !opensOnly, !opensOnly && !arguments.noTray});
+    DesktopHost host({*family, instance, !opensOnly && !arguments.app, !opensOnly && !arguments.noTray});
     host.listen();
     if (opensOnly) {
       if (!host.openLink(QString::fromStdString(arguments.open))) {
@@ -183,9 +276,17 @@ int main(int argc, char** argv) {
       }
     } else {
       QApplication::setQuitOnLastWindowClosed(false);
+      if (arguments.app) {
+        if (arguments.link.empty()) host.showMainWindow();
+        else host.openLink(QString::fromStdString(arguments.link));
+      }
       if (arguments.quitAfterFirstFrame) {
-        QObject::connect(host.widgetWindow(), &WidgetWindow::painted, &application, &QCoreApplication::quit,
-                         Qt::QueuedConnection);
+        if (arguments.app) {
+          QTimer::singleShot(0, &application, &QCoreApplication::quit);
+        } else {
+          QObject::connect(host.widgetWindow(), &WidgetWindow::painted, &application, &QCoreApplication::quit,
+                           Qt::QueuedConnection);
+        }
       }
     }
     return QApplication::exec();

@@ -65,11 +65,19 @@ QuillmontWindow::QuillmontWindow(QWidget* parent)
   }
   auto* booking = new QAction("New booking", this);
   booking->setShortcut(QKeySequence::New);
-  connect(booking, &QAction::triggered, this, [this] { focusChild(AppRoute::overview, newBookingObjectName); });
+  connect(booking, &QAction::triggered, this, [this] {
+    if (showsSetup()) return;
+    goTo(AppRoute::overview);
+    overview_->focusBookingForm();
+  });
   addAction(booking);
   auto* filter = new QAction("Filter activity", this);
   filter->setShortcut(QKeySequence::Find);
-  connect(filter, &QAction::triggered, this, [this] { focusChild(AppRoute::history, filterObjectName); });
+  connect(filter, &QAction::triggered, this, [this] {
+    if (showsSetup()) return;
+    goTo(AppRoute::history);
+    history_->focusFilter();
+  });
   addAction(filter);
   undo_->setShortcut(QKeySequence::Undo);
   undo_->setToolTip("Take back the last change (Ctrl+Z)");
@@ -151,12 +159,6 @@ bool QuillmontWindow::showsSetup() const { return stack_->currentWidget() == set
 void QuillmontWindow::goTo(AppRoute route) {
   if (showsSetup()) return;
   tabs_->setCurrentIndex(static_cast<int>(route.value()));
-}
-
-void QuillmontWindow::focusChild(AppRoute route, const char* name) {
-  if (showsSetup()) return;
-  goTo(route);
-  if (auto* child = page(route).findChild<QWidget*>(QString::fromLatin1(name))) child->setFocus(Qt::ShortcutFocusReason);
 }
 
 void QuillmontWindow::open(AppRoute route) {

@@ -7,9 +7,8 @@
 // The window remembers its size and last page in the application's
 // preferences. Its shortcuts: Ctrl+1 to Ctrl+4 the pages, Ctrl+N a new
 // booking, Ctrl+F the activity filter, Ctrl+Z undo, F5 read again, Ctrl+W
-// close, Ctrl+Q quit. Ctrl+N and Ctrl+F reach into the pages by name only:
-// the overview page's child named `newBookingObjectName` and the history
-// page's child named `filterObjectName` take the focus.
+// close, Ctrl+Q quit. Ctrl+N puts the keyboard on the overview's booking
+// form, Ctrl+F on the activity's filter.
 #pragma once
 
 #include <vector>
@@ -37,8 +36,6 @@ class QuillmontWindow final : public QMainWindow {
   Q_OBJECT
 
  public:
-  static constexpr const char* newBookingObjectName = "newBooking";
-  static constexpr const char* filterObjectName = "filter";
 
   explicit QuillmontWindow(QWidget* parent = nullptr);
   ~QuillmontWindow() override;
@@ -85,7 +82,6 @@ class QuillmontWindow final : public QMainWindow {
 
  private:
   void goTo(AppRoute route);
-  void focusChild(AppRoute route, const char* name);
   /// Shows the set-up form when the bank is not set up; true when it is.
   bool checkSetup();
   void rememberGeometry() const;

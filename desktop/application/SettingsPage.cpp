@@ -239,8 +239,10 @@ void SettingsPage::buildSchedules() {
   schedules_->setShowGrid(false);
   schedules_->verticalHeader()->hide();
   schedules_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  schedules_->horizontalHeader()->setStretchLastSection(true);
-  schedules_->setMinimumHeight(schedules_->fontMetrics().height() * 7);
+  schedules_->horizontalHeader()->setMinimumSectionSize(schedules_->fontMetrics().horizontalAdvance("00:00") + 24);
+  schedules_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  schedules_->setMinimumHeight(schedules_->fontMetrics().height() * 5);
+  schedules_->setMaximumHeight(schedules_->fontMetrics().height() * 10);
   noSchedules_ = new QLabel("No schedules: the planned week applies to every day.", box);
   noSchedules_->setForegroundRole(QPalette::PlaceholderText);
   layout->addWidget(schedules_);
@@ -326,7 +328,7 @@ void SettingsPage::buildBookingChoices() {
   layout->addWidget(new QLabel("Your own categories", box));
   categories_ = new QListWidget(box);
   categories_->setAccessibleName("Your own categories");
-  categories_->setMaximumHeight(categories_->fontMetrics().height() * 8);
+  categories_->setMaximumHeight(categories_->fontMetrics().height() * 6);
   layout->addWidget(categories_);
   auto* addRow = new QHBoxLayout;
   newCategory_ = new QLineEdit(box);
@@ -362,6 +364,7 @@ void SettingsPage::buildBookingChoices() {
 void SettingsPage::buildPreferences() {
   QGroupBox* box = section("Appearance and tray");
   auto* form = new QFormLayout(box);
+  form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
   appearance_ = new QComboBox(box);
   appearance_->addItems({"Like the desktop", "Light", "Dark"});
   appearance_->setAccessibleName("Appearance");
@@ -429,13 +432,16 @@ void SettingsPage::buildSync() {
   auto* folderRow = new QHBoxLayout;
   folderRow->addWidget(syncFolder_, 1);
   folderRow->addWidget(choose);
-  form->addRow("&Folder", folderRow);
+  form->addRow("Folder", folderRow);
   syncName_ = new QLineEdit(box);
   syncName_->setAccessibleName("This machine's name");
   syncName_->setPlaceholderText("the host name");
-  form->addRow("This machine's &name", syncName_);
+  form->addRow("This machine's name", syncName_);
   auto* setUp = button("Set up sync", "Set up sync", box);
-  form->addRow(setUp);
+  auto* setUpRow = new QHBoxLayout;
+  setUpRow->addStretch(1);
+  setUpRow->addWidget(setUp);
+  form->addRow(setUpRow);
   syncStatus_ = new QLabel(box);
   syncStatus_->setWordWrap(true);
   syncStatus_->setAccessibleName("Sync status");

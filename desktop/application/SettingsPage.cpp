@@ -32,6 +32,7 @@
 #include "app/session/StoreSession.h"
 #include "app/settings/OfferedKinds.h"
 #include "app/settings/OwnCategories.h"
+#include "app/settings/ScheduleEdits.h"
 #include "app/settings/Schedules.h"
 #include "app/settings/Settings.h"
 #include "app/sync/SyncSettings.h"
@@ -263,16 +264,22 @@ void SettingsPage::buildSchedules() {
   actions->addWidget(messageLine(box), 1);
   actions->addStretch(0);
   auto* add = button("Add schedule", "Add schedule", box);
+  auto* change = button("Change selected", "Change the selected schedule", box);
   auto* remove = button("Remove", "Remove the selected schedule", box);
   actions->addWidget(add);
+  actions->addWidget(change);
   actions->addWidget(remove);
   layout->addLayout(actions);
   connect(add, &QPushButton::clicked, this, [this] { addSchedule(); });
+  connect(change, &QPushButton::clicked, this, [this] { changeSchedule(); });
   connect(remove, &QPushButton::clicked, this, [this] { removeSchedule(); });
-  // Choosing a schedule fills the form with its week, to add a changed copy.
+  // Choosing a schedule fills the form with its first day and week, to change it or add a copy.
   connect(schedules_, &QTableWidget::itemSelectionChanged, this, [this] {
     const int row = schedules_->currentRow();
     if (row < 0) return;
+    if (const QTableWidgetItem* first = schedules_->item(row, 0)) {
+      scheduleFrom_->setDate(QDate::fromString(first->text(), Qt::ISODate));
+    }
     for (int day = 0; day < 7; ++day) {
       if (const QTableWidgetItem* cell = schedules_->item(row, day + 1)) scheduleWeek_[static_cast<std::size_t>(day)]->setText(cell->text());
     }
@@ -287,6 +294,22 @@ bool SettingsPage::addSchedule() {
     request.week = weekOf(scheduleWeek_, "week");
     request.fromText = scheduleFrom_->date().toString(Qt::ISODate).toStdString();
     Schedules::add(session, request);
+  });
+}
+
+bool SettingsPage::changeSchedule() {
+  const int row = schedules_->currentRow();
+  if (row < 0 || row >= static_cast<int>(scheduleIds_.size())) {
+    say("Weekly schedules", "Choose the schedule to change in the list.");
+    return false;
+  }
+  say("Weekly schedules", {});
+  const std::string id = scheduleIds_[static_cast<std::size_t>(row)];
+  return attempt("Weekly schedules", [this, &id](StoreSession& session) {
+    Schedules::Request request;
+    request.from = dayOf(scheduleFrom_->date());
+    request.week = weekOf(scheduleWeek_, "week");
+    ScheduleEdits::change(session, id, request);
   });
 }
 

@@ -47,6 +47,8 @@ class SettingsPage final : public Page {
   bool saveBank();
   /// Adds a schedule from the form beside the list; false when refused.
   bool addSchedule();
+  /// Gives the schedule of the table's selected row the form's first day and week.
+  bool changeSchedule();
   /// Removes the schedule of the table's selected row.
   bool removeSchedule();
 

@@ -123,9 +123,21 @@ TEST_F(SettingsPageTest, ANewScheduleShowsInTheCalendarAndCanBeRemoved) {
   EXPECT_EQ(reports.days().index(1, DayTableModel::planned).data().toString(), "4:00");
   EXPECT_EQ(reports.days().index(2, DayTableModel::planned).data().toString(), "4:00");
 
-  // Removing needs a schedule chosen; then the calendar plans the week again.
+  // Changing and removing need a schedule chosen; choosing one fills the form.
   QTest::mouseClick(named<QPushButton>(page, "Remove the selected schedule"), Qt::LeftButton);
   EXPECT_FALSE(page.message("Weekly schedules").isEmpty());
+  page.schedules().selectRow(0);
+  EXPECT_EQ(named<QLineEdit>(page, "New schedule Monday")->text(), "4:00");
+  named<QDateEdit>(page, "New schedule valid from")->setDate(QDate::currentDate().addDays(-1));
+  type(named<QLineEdit>(page, "New schedule " + QDate::currentDate().addDays(-1).toString("dddd")), "6h");
+  QTest::mouseClick(named<QPushButton>(page, "Change the selected schedule"), Qt::LeftButton);
+  EXPECT_EQ(page.message("Weekly schedules"), "");
+  ASSERT_EQ(page.schedules().rowCount(), 1);
+  reports.refresh();
+  EXPECT_EQ(reports.days().index(1, DayTableModel::planned).data().toString(), "8:00");
+  EXPECT_EQ(reports.days().index(2, DayTableModel::planned).data().toString(), "6:00");
+
+  // Removed, the calendar plans the week again.
   page.schedules().selectRow(0);
   QTest::mouseClick(named<QPushButton>(page, "Remove the selected schedule"), Qt::LeftButton);
   EXPECT_EQ(page.schedules().rowCount(), 0);

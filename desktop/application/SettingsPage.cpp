@@ -54,6 +54,10 @@ constexpr const char* weekdayNames[] = {"Monday", "Tuesday", "Wednesday", "Thurs
 QString qs(const std::string& text) { return QString::fromStdString(text); }
 QString durationText(std::int64_t minutes) { return qs(Display::duration(static_cast<double>(minutes) * 60.0)); }
 
+QString counted(long long count, const char* one, const char* many) {
+  return QString::number(count) + " " + (count == 1 ? one : many);
+}
+
 DateInput::Day dayOf(const QDate& date) { return {date.year(), date.month(), date.day()}; }
 
 QPushButton* button(const QString& text, const QString& name, QWidget* parent) {
@@ -628,9 +632,11 @@ bool SettingsPage::previewImport(const QString& path) {
                                                     path.toStdString());
     StoreSession session;
     const TimeBankArchiveMergeResult counts = ArchiveImport::merge(session, archive, true);
-    importCounts_->setText(QString("Importing %1 would add %2 records, update %3 and leave %4 unchanged. "
+    importCounts_->setText(QString("Importing %1 would add %2, update %3 and leave %4 unchanged. "
                                    "Nothing has changed yet.")
-                               .arg(path).arg(counts.inserted).arg(counts.updated).arg(counts.unchanged));
+                               .arg(path, counted(counts.inserted, "record", "records"))
+                               .arg(counts.updated)
+                               .arg(counts.unchanged));
     importCounts_->show();
     importConfirm_->show();
     pendingArchive_ = std::move(archive);
@@ -711,8 +717,8 @@ bool SettingsPage::previewHolidays(const QString& path) {
       if (plan.adds() && days.size() < 12) days << qs(plan.holiday.day) + " " + qs(plan.holiday.name);
     }
     if (preview.added > 12) days << QString("and %1 more").arg(preview.added - 12);
-    holidayCounts_->setText(QString("Importing would add %1 holidays and free %2 of planned time. Nothing has changed yet.%3")
-                                .arg(preview.added)
+    holidayCounts_->setText(QString("Importing would add %1 and free %2 of planned time. Nothing has changed yet.%3")
+                                .arg(counted(static_cast<long long>(preview.added), "holiday", "holidays"))
                                 .arg(durationText(preview.freedMinutes))
                                 .arg(days.isEmpty() ? QString() : "\n" + days.join("\n")));
     holidayCounts_->show();
@@ -735,7 +741,7 @@ bool SettingsPage::confirmHolidays() {
     pendingHolidays_.reset();
     holidayCounts_->hide();
     holidayConfirm_->hide();
-    say("Public holidays", QString("Added %1 holidays.").arg(added), false);
+    say("Public holidays", "Added " + counted(added, "holiday", "holidays") + ".", false);
   }
   return done;
 }

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -201,6 +202,38 @@ TEST_F(SettingsPageTest, AnImportShowsItsCountsBeforeChangingAnything) {
 
   EXPECT_FALSE(page.previewImport(folder.filePath("missing.json")));
   EXPECT_FALSE(page.message("Archive").isEmpty());
+}
+
+TEST_F(SettingsPageTest, AHolidayCalendarIsPreviewedAndThenFreesItsPlannedTime) {
+  run({"setup", "--start", day(-5), "--week", "8h,8h,8h,8h,8h,8h,8h"});
+  const QString yesterday = QDate::currentDate().addDays(-1).toString("yyyyMMdd");
+  const QString next = QDate::currentDate().toString("yyyyMMdd");
+  QTemporaryDir folder;
+  const QString path = folder.filePath("holidays.ics");
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write(("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Quillmont tests//EN\r\nBEGIN:VEVENT\r\n"
+              "UID:founding@holidays.test\r\nDTSTAMP:20250101T000000Z\r\nDTSTART;VALUE=DATE:" + yesterday +
+              "\r\nDTEND;VALUE=DATE:" + next + "\r\nSUMMARY:Founding Day\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n")
+                 .toUtf8());
+  file.close();
+
+  SettingsPage page;
+  page.refresh();
+  ReportsPage reports;
+  reports.showRange(QDate::currentDate().addDays(-1), QDate::currentDate().addDays(-1));
+  ASSERT_TRUE(page.previewHolidays(path)) << page.message("Public holidays").toStdString();
+  const std::string preview = named<QLabel>(page, "What importing the holidays would do")->text().toStdString();
+  EXPECT_THAT(preview, HasSubstr("add 1 holiday and free 8:00"));
+  EXPECT_THAT(preview, HasSubstr("Founding Day"));
+  reports.refresh();
+  EXPECT_EQ(reports.days().index(0, DayTableModel::planned).data().toString(), "8:00");  // not yet
+
+  QTest::mouseClick(named<QPushButton>(page, "Add the holidays"), Qt::LeftButton);
+  EXPECT_EQ(page.message("Public holidays"), "Added 1 holiday.");
+  reports.refresh();
+  EXPECT_EQ(reports.days().index(0, DayTableModel::planned).data().toString(), "0:00");
+  EXPECT_THAT(reports.days().index(0, DayTableModel::date).data().toString().toStdString(), HasSubstr("Founding Day"));
 }
 
 }  // namespace

@@ -35,6 +35,7 @@
 #include "app/settings/ScheduleEdits.h"
 #include "app/settings/Schedules.h"
 #include "app/settings/Settings.h"
+#include "app/sync/SyncExchange.h"
 #include "app/sync/SyncSettings.h"
 #include "app/sync/SyncSetup.h"
 #include "app/sync/SyncStatus.h"
@@ -502,12 +503,29 @@ void SettingsPage::buildSync() {
 bool SettingsPage::setUpSync(const QString& folder, const QString& name) {
   syncFolder_->setText(folder);
   syncName_->setText(name);
+  return joinSync(SyncSetup::SettingsChoice::undecided);
+}
+
+bool SettingsPage::chooseSync(bool adopt) {
+  return joinSync(adopt ? SyncSetup::SettingsChoice::adopt : SyncSetup::SettingsChoice::keep);
+}
+
+bool SettingsPage::joinSync(SyncSetup::SettingsChoice choice) {
   syncChoice_->hide();
   say("Sync", {});
+  const UserDefaults defaults = SyncSettings::preferences();
   try {
-    SyncSetup::setup(SyncSettings::preferences(), {folder.toStdString(), name.toStdString(), SyncSetup::SettingsChoice::undecided});
-    showSync();
-    say("Sync", "Sync is set up. The next exchange reads the folder.", false);
+    const SyncSetup::Result result =
+        SyncSetup::setup(defaults, {syncFolder_->text().toStdString(), syncName_->text().toStdString(), choice});
+    QStringList lines;
+    if (result.settled) {
+      lines << (*result.settled == SyncSetup::SettingsChoice::adopt ? "This machine takes the folder's settings."
+                                                                    : "This machine's settings stay, on every machine.");
+    }
+    // The first exchange follows the set-up at once.
+    for (const auto& line : SyncExchange::exchange(defaults, result.configuration).report) lines << qs(line);
+    say("Sync", lines.join("\n"), false);
+    refresh();
     return true;
   } catch (const SyncSetup::SettingsConflict& conflict) {
     say("Sync", QString::fromUtf8(conflict.what()));
@@ -515,21 +533,7 @@ bool SettingsPage::setUpSync(const QString& folder, const QString& name) {
   } catch (const std::exception& error) {
     say("Sync", QString::fromUtf8(error.what()));
   }
-  return false;
-}
-
-bool SettingsPage::chooseSync(bool adopt) {
-  try {
-    SyncSetup::setup(SyncSettings::preferences(),
-                     {syncFolder_->text().toStdString(), syncName_->text().toStdString(),
-                      adopt ? SyncSetup::SettingsChoice::adopt : SyncSetup::SettingsChoice::keep});
-    syncChoice_->hide();
-    say("Sync", adopt ? "The folder's settings are adopted." : "This machine's settings are kept everywhere.", false);
-    refresh();
-    return true;
-  } catch (const std::exception& error) {
-    say("Sync", QString::fromUtf8(error.what()));
-  }
+  showSync();
   return false;
 }
 

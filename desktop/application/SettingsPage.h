@@ -15,6 +15,7 @@
 #include "app/archive/ArchiveImport.h"
 #include "app/holidays/HolidayImport.h"
 #include "app/preferences/ApplicationPreferences.h"
+#include "app/sync/SyncSetup.h"
 #include "desktop/application/Page.h"
 
 class QCheckBox;
@@ -90,6 +91,8 @@ class SettingsPage final : public Page {
   void buildErase();
   void showPreferences();
   void showSync();
+  /// Sets sync up with the folder and name in the form and runs the first exchange.
+  bool joinSync(SyncSetup::SettingsChoice choice);
   void erase();
   /// Runs `change` in a session of its own; a refusal is said in `section`.
   bool attempt(const QString& section, const std::function<void(StoreSession&)>& change);

@@ -236,5 +236,24 @@ TEST_F(SettingsPageTest, AHolidayCalendarIsPreviewedAndThenFreesItsPlannedTime) 
   EXPECT_THAT(reports.days().index(0, DayTableModel::date).data().toString().toStdString(), HasSubstr("Founding Day"));
 }
 
+TEST_F(SettingsPageTest, SyncIsSetUpWithAFolderAndAName) {
+  run({"setup", "--start", day(-5)});
+  SettingsPage page;
+  page.refresh();
+  QTemporaryDir home;
+  QFile plain(home.filePath("plain"));
+  ASSERT_TRUE(plain.open(QIODevice::WriteOnly));
+  plain.close();
+  EXPECT_FALSE(page.setUpSync(home.filePath("plain/shared"), "desk"));  // under a file: refused
+  EXPECT_FALSE(page.message("Sync").isEmpty());
+  EXPECT_THAT(named<QLabel>(page, "Sync status")->text().toStdString(), HasSubstr("not set up"));
+  const QString folder = home.filePath("shared");
+  ASSERT_TRUE(page.setUpSync(folder, "desk")) << page.message("Sync").toStdString();
+  const std::string status = named<QLabel>(page, "Sync status")->text().toStdString();
+  EXPECT_THAT(status, HasSubstr("Last exchange: 20"));  // the first exchange ran
+  EXPECT_EQ(named<QLineEdit>(page, "Sync folder")->text(), folder);
+  EXPECT_THAT(run({"sync", "status"}), HasSubstr("desk"));
+}
+
 }  // namespace
 }  // namespace quillmont

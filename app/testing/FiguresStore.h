@@ -3,13 +3,11 @@
 // book time through a store session as any host would.
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
 #include <optional>
-#include <string>
 
 #include "app/input/DateInput.h"
 #include "app/session/StoreSession.h"
+#include "app/testing/ScratchHome.h"
 #include "core/engine/ManualLedgerMigration.h"
 #include "core/ledger/BalanceAdjustment.h"
 #include "core/ledger/WeekdayMinutes.h"
@@ -22,19 +20,7 @@ namespace quillmont::testing {
 class FiguresStore {
  public:
   /// A new, empty data home; the clock stands at `now` (local wall time).
-  explicit FiguresStore(const DateInput::DateTime& now)
-      : home_(std::filesystem::temp_directory_path() / ("quillmont-figures-" + UUID::random().uuidString())),
-        clock_(at(now)) {
-    std::filesystem::create_directories(home_);
-    ::setenv("QUILLMONT_HOME", home_.string().c_str(), 1);
-  }
-  ~FiguresStore() {
-    ::unsetenv("QUILLMONT_HOME");
-    std::error_code ignored;
-    std::filesystem::remove_all(home_, ignored);
-  }
-  FiguresStore(const FiguresStore&) = delete;
-  FiguresStore& operator=(const FiguresStore&) = delete;
+  explicit FiguresStore(const DateInput::DateTime& now) : home_(at(now)) {}
 
   static Date at(const DateInput::DateTime& time) { return DateInput::instant(time, Calendar::autoupdatingCurrent()); }
   static Date day(int year, int month, int dayOfMonth) { return at({{year, month, dayOfMonth}, 12, 0}); }
@@ -70,8 +56,7 @@ class FiguresStore {
   }
 
  private:
-  std::filesystem::path home_;
-  Date::ScopedClock clock_;
+  ScratchHome home_;
 };
 
 }  // namespace quillmont::testing

@@ -1,42 +1,25 @@
-// ScratchHome: a data home of its own for one test of the use cases: the
-// store, preferences and widget files land in a fresh temporary folder,
-// which goes with everything in it when the test ends; the clock stands at
-// the given instant. The process's zone stays what it is (UTC under ctest).
+// ScratchHome: a data home of its own for one test of the use cases (a
+// TemporaryHome: the store, preferences and widget files land in a fresh
+// temporary folder, which goes with everything in it when the test ends),
+// and the clock standing at the given instant. The process's zone stays what it is (UTC under ctest).
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <optional>
-#include <string>
 
+#include "app/testing/TemporaryHome.h"
 #include "platform/foundation/Date.h"
 
 namespace quillmont::testing {
 
 class ScratchHome {
  public:
-  explicit ScratchHome(Date now) : clock_(now) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillmont-app-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    if (const char* previous = std::getenv("QUILLMONT_HOME")) previous_ = previous;
-    setenv("QUILLMONT_HOME", folder_.c_str(), 1);
-  }
-  ~ScratchHome() {
-    if (previous_) {
-      setenv("QUILLMONT_HOME", previous_->c_str(), 1);
-    } else {
-      unsetenv("QUILLMONT_HOME");
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
-  ScratchHome(const ScratchHome&) = delete;
-  ScratchHome& operator=(const ScratchHome&) = delete;
+  explicit ScratchHome(Date now) : clock_(now) {}
+
+  const std::filesystem::path& folder() const { return home_.folder(); }
 
  private:
+  TemporaryHome home_;
   Date::ScopedClock clock_;
-  std::filesystem::path folder_;
-  std::optional<std::string> previous_;
 };
 
 /// An instant by its UTC wall clock: utc(2026, 3, 2, 9, 30).

@@ -23,6 +23,7 @@
 
 #include "app/session/StoreSession.h"
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "core/ledger/WorkEntry.h"
 #include "desktop/DesktopHost.h"
 #include "desktop/application/FieldProblems.h"
@@ -37,25 +38,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::CommandRunner;
 
-class HistoryPageTest : public ::testing::Test {
+class HistoryPageTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
-  void run(const std::vector<std::string>& arguments) {
-    const auto result = quillmont_.run(arguments);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
-  }
   HistoryPage& opened() {
     window_.open(AppRoute::history);
     return window_.historyPage();
@@ -80,8 +64,6 @@ class HistoryPageTest : public ::testing::Test {
     FAIL() << "no button " << button.toStdString();
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
   QuillmontWindow window_;
 };
 

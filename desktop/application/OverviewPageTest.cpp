@@ -16,6 +16,7 @@
 #include <string>
 
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "desktop/application/BookingForm.h"
 #include "desktop/application/HistoryModel.h"
 #include "desktop/application/HistoryPage.h"
@@ -28,25 +29,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::CommandRunner;
 
-class OverviewPageTest : public ::testing::Test {
+class OverviewPageTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
-  void run(const std::vector<std::string>& arguments) {
-    const auto result = quillmont_.run(arguments);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
-  }
   OverviewPage& opened() {
     window_.open(AppRoute::overview);
     return window_.overviewPage();
@@ -65,8 +49,6 @@ class OverviewPageTest : public ::testing::Test {
     FAIL() << "no choice " << starting.toStdString();
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
   QuillmontWindow window_;
 };
 

@@ -20,6 +20,7 @@
 
 #include "app/session/StoreSession.h"
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "desktop/application/DayTableModel.h"
 #include "desktop/application/HistoryModel.h"
 #include "desktop/application/HistoryPage.h"
@@ -35,25 +36,8 @@ using ::testing::StartsWith;
 using testing::CommandRunner;
 
 // The pages are read in this process: in the program's zone, one day for both.
-class QuillmontWindowTest : public ::testing::Test {
+class QuillmontWindowTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
-  void run(const std::vector<std::string>& arguments) {
-    const auto result = quillmont_.run(arguments);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
-  }
   static std::string cell(const QAbstractItemModel& model, int row, int column) {
     return model.index(row, column).data().toString().toStdString();
   }
@@ -68,8 +52,6 @@ class QuillmontWindowTest : public ::testing::Test {
     EXPECT_TRUE(picture.save(QString::fromStdString(name), "PNG")) << name;
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
 };
 
 TEST_F(QuillmontWindowTest, EachPageShowsTheStoresFiguresAndFollowsItsChanges) {

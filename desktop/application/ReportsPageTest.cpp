@@ -18,6 +18,7 @@
 #include <string>
 
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "desktop/application/DayChart.h"
 #include "desktop/application/DayTableModel.h"
 
@@ -28,25 +29,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::CommandRunner;
 
-class ReportsPageTest : public ::testing::Test {
+class ReportsPageTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
-  void run(const std::vector<std::string>& arguments) {
-    const auto result = quillmont_.run(arguments);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
-  }
   static std::string day(int offset) {
     return QDate::currentDate().addDays(offset).toString(Qt::ISODate).toStdString();
   }
@@ -57,8 +41,6 @@ class ReportsPageTest : public ::testing::Test {
     return read;
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
 };
 
 TEST_F(ReportsPageTest, ARangeShowsItsDaysAndChartsThemAndExportsBothDocuments) {

@@ -72,7 +72,7 @@ Booked add(StoreSession& session, const Request& request) {
   const std::int64_t minutes = request.minutes;
   if (minutes != 0 && std::abs(minutes) <= TimeBankTransactionController::maximumAbsoluteMinutes &&
       AdjustmentCategoryValidation::normalizedMinutes(minutes, rawValue) != minutes) {
-    throw Refusal("\"" + option.title + "\" " + signWord(option.behavior) + ".");
+    throw Refusal("\"" + option.title + "\" " + signWord(option.behavior) + ".", "amount");
   }
 
   auto booking = TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());

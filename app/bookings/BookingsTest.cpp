@@ -61,6 +61,11 @@ TEST_F(BookingsTest, AnAmountOnTheWrongSideOfItsCategoryIsRefused) {
   };
   EXPECT_EQ(refusal(30, "appointment"), "\"Appointment\" takes time: give a negative amount, e.g. -30.");
   EXPECT_EQ(refusal(-30, "sick leave"), "\"Sick leave\" adds time: give a positive amount.");
+  try {  // a form shows it beside the amount
+    Bookings::add(session, {30, "appointment", "", "", ""});
+  } catch (const Refusal& error) {
+    EXPECT_EQ(error.field(), "amount");
+  }
   // Zero and more than a day are the transaction's own refusals, whatever the category.
   EXPECT_THAT(refusal(0, "appointment"), HasSubstr("Choose an amount of time first."));
   EXPECT_THAT(refusal(1441, "appointment"), HasSubstr("can't exceed 24 hours"));

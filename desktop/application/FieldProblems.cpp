@@ -50,7 +50,7 @@ bool FieldProblems::attempt(const std::function<void()>& change) {
   } catch (const InvalidInput& invalid) {
     show(invalid.field(), QString::fromStdString(invalid.reason()));
   } catch (const Refusal& refusal) {
-    show("", QString::fromUtf8(refusal.what()));
+    show(refusal.field(), QString::fromUtf8(refusal.what()));
   } catch (const std::exception& error) {
     show("", "The time bank could not be changed: " + QString::fromUtf8(error.what()));
   }

@@ -25,7 +25,8 @@ class FieldProblems {
   QWidget* withLine(QWidget* field, const std::string& name, QWidget* parent);
 
   /// Runs `change`; true when it went through (every line is then empty).
-  /// Refused input goes under its field, anything else under the form.
+  /// Refused input, and a refusal that names the input the rules refused,
+  /// go under that field; anything else under the form.
   bool attempt(const std::function<void()>& change);
 
   void clear();

@@ -63,7 +63,9 @@ TEST_F(OverviewPageTest, TheFormBooksAndShowsWhatItRefusesWhereItBelongs) {
   // A wrong sign is the category's to refuse: nothing is booked.
   type(form.amount(), "45m");
   QTest::mouseClick(&form.bookButton(), Qt::LeftButton);
-  EXPECT_EQ(form.problems().text(""), QString::fromUtf8("\"Appointment\" takes time: give a negative amount, e.g. -30."));
+  EXPECT_EQ(form.problems().text("amount"),
+            QString::fromUtf8("\"Appointment\" takes time: give a negative amount, e.g. -30."));
+  EXPECT_TRUE(form.problems().text("").isEmpty());
   EXPECT_EQ(page.balanceText(), "+0:00");
   EXPECT_EQ(form.amount().text(), "45m");
   if (const char* folder = std::getenv("QUILLMONT_SCREENSHOTS")) {

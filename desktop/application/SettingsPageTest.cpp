@@ -24,6 +24,7 @@
 
 #include "app/preferences/ApplicationPreferences.h"
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "desktop/application/DayTableModel.h"
 #include "desktop/application/ReportsPage.h"
 
@@ -34,26 +35,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::CommandRunner;
 
-class SettingsPageTest : public ::testing::Test {
+class SettingsPageTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
-  std::string run(const std::vector<std::string>& arguments) {
-    const auto result = quillmont_.run(arguments);
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    return result.out;
-  }
   static std::string day(int offset) { return QDate::currentDate().addDays(offset).toString(Qt::ISODate).toStdString(); }
   template <typename Widget>
   static Widget* named(QWidget& page, const QString& name) {
@@ -68,8 +51,6 @@ class SettingsPageTest : public ::testing::Test {
     QTest::keyClicks(field, text);
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
 };
 
 TEST_F(SettingsPageTest, AnEmptyDataHomeIsSetUpFromTheFormAndARefusedValueChangesNothing) {

@@ -17,6 +17,7 @@
 
 #include "app/session/StoreSession.h"
 #include "cli/testing/CommandRunner.h"
+#include "desktop/testing/StoreSharingTest.h"
 #include "desktop/application/OverviewPage.h"
 #include "desktop/application/QuillmontWindow.h"
 
@@ -25,28 +26,13 @@ namespace {
 
 using testing::CommandRunner;
 
-class SetupFormTest : public ::testing::Test {
+class SetupFormTest : public testing::StoreSharingTest {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    zone_ = zone != nullptr ? zone : "";
-    ::setenv("TZ", std::string(CommandRunner::defaultTimeZone).c_str(), 1);
-    ::tzset();
-    quillmont_.shareStoreWithThisProcess();
-  }
-  void TearDown() override {
-    zone_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", zone_.c_str(), 1);
-    ::tzset();
-    ::unsetenv("QUILLMONT_HOME");
-    ::unsetenv("QUILLMONT_ENTITLEMENTS");
-  }
   static void type(QLineEdit& field, const QString& text) {
     field.selectAll();
     QTest::keyClicks(&field, text);
   }
 
-  CommandRunner quillmont_;
-  std::string zone_;
 };
 
 TEST_F(SetupFormTest, AnEmptyDataHomeIsSetUpThroughTheFormAndItsRefusalsStandBesideTheirFields) {

@@ -31,9 +31,11 @@ class StoreSharingTest : public ::testing::Test {
     ::unsetenv("QUILLMONT_HOME");
     ::unsetenv("QUILLMONT_ENTITLEMENTS");
   }
-  void run(const std::vector<std::string>& arguments) {
+  /// What the program printed; the test fails when it refused.
+  std::string run(const std::vector<std::string>& arguments) {
     const auto result = quillmont_.run(arguments);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    return result.out;
   }
 
   CommandRunner quillmont_;

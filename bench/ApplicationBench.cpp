@@ -9,6 +9,7 @@
 #include <QScrollBar>
 #include <QTableView>
 #include <cstdlib>
+#include <memory>
 
 #include "desktop/application/HistoryPage.h"
 #include "desktop/application/QuillmontWindow.h"
@@ -17,38 +18,37 @@
 namespace quillmont {
 namespace {
 
-bool hasStore() { return std::getenv("QUILLMONT_HOME") != nullptr; }
+// The window at `route`, painted once; none (and the benchmark skipped)
+// without a filled data home.
+std::unique_ptr<QuillmontWindow> opened(benchmark::State& state, AppRoute route) {
+  if (std::getenv("QUILLMONT_HOME") == nullptr) {
+    state.SkipWithError("set QUILLMONT_HOME to a filled data home (bench/application.sh does)");
+    return nullptr;
+  }
+  auto window = std::make_unique<QuillmontWindow>();
+  window->setRemembering(false);
+  window->resize(1000, 700);
+  window->open(route);
+  window->grab();
+  return window;
+}
 
 void activityAfterSwitch(benchmark::State& state) {
-  if (!hasStore()) {
-    state.SkipWithError("set QUILLMONT_HOME to a filled data home (bench/application.sh does)");
-    return;
-  }
-  QuillmontWindow window;
-  window.setRemembering(false);
-  window.resize(1000, 700);
-  window.open(AppRoute::overview);
-  window.grab();
+  const auto window = opened(state, AppRoute::overview);
+  if (!window) return;
   for (auto _ : state) {
-    window.open(AppRoute::overview);
-    window.open(AppRoute::history);  // reads every record afresh
-    benchmark::DoNotOptimize(window.grab().cacheKey());
+    window->open(AppRoute::overview);
+    window->open(AppRoute::history);  // reads every record afresh
+    benchmark::DoNotOptimize(window->grab().cacheKey());
   }
-  state.counters["rows"] = window.historyPage().view().model()->rowCount();
+  state.counters["rows"] = window->historyPage().view().model()->rowCount();
 }
 BENCHMARK(activityAfterSwitch)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 void activityPageScrolled(benchmark::State& state) {
-  if (!hasStore()) {
-    state.SkipWithError("set QUILLMONT_HOME to a filled data home (bench/application.sh does)");
-    return;
-  }
-  QuillmontWindow window;
-  window.setRemembering(false);
-  window.resize(1000, 700);
-  window.open(AppRoute::history);
-  QTableView& view = window.historyPage().view();
-  window.grab();
+  const auto window = opened(state, AppRoute::history);
+  if (!window) return;
+  QTableView& view = window->historyPage().view();
   QScrollBar& bar = *view.verticalScrollBar();
   for (auto _ : state) {
     if (bar.value() >= bar.maximum()) bar.setValue(0);

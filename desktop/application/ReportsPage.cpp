@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -105,6 +106,9 @@ ReportsPage::ReportsPage(QWidget* parent)
                      [this] { chooseExport(Document::days); });
   exports->addAction("Ledger (added, removed, net change)\u2026", this, [this] { chooseExport(Document::ledger); });
   export_->setMenu(exports);
+  // The style draws the menu's arrow in the button's corner: leave it room
+  // beside the text instead of over the ellipsis.
+  export_->setMinimumWidth(export_->sizeHint().width() + export_->style()->pixelMetric(QStyle::PM_MenuButtonIndicator));
   exportMessage_->setAccessibleName("Export");
   exportMessage_->setWordWrap(true);
   exportMessage_->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -104,16 +104,28 @@ SetupForm::SetupForm(QWidget* parent)
   buttons->addWidget(formRefusal_, 1);
   buttons->addWidget(submit_, 0, Qt::AlignRight);
 
+  // One column as wide as the introduction reads well, centred in the
+  // window: the button stays under the form it submits however wide the
+  // window is.
+  auto* column = new QVBoxLayout;
+  column->addWidget(title);
+  column->addWidget(intro);
+  column->addSpacing(8);
+  column->addLayout(form);
+  column->addWidget(weekBox);
+  column->addLayout(buttons);
+  auto* columnBox = new QWidget(this);
+  columnBox->setLayout(column);
+  column->setContentsMargins(0, 0, 0, 0);
+  columnBox->setMaximumWidth(intro->maximumWidth());
+  auto* centred = new QHBoxLayout;
+  centred->addStretch(1);
+  centred->addWidget(columnBox, 100);
+  centred->addStretch(1);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(24, 24, 24, 24);
-  layout->addWidget(title);
-  layout->addWidget(intro);
-  layout->addSpacing(8);
-  layout->addLayout(form);
-  layout->addWidget(weekBox);
-  layout->addLayout(buttons);
+  layout->addLayout(centred);
   layout->addStretch(1);
-  weekBox->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Maximum);
 
   connect(submit_, &QPushButton::clicked, this, &SetupForm::apply);
   connect(balance_, &QLineEdit::returnPressed, this, &SetupForm::apply);

@@ -11,6 +11,7 @@
 # Usage: bench/application.sh [BUILD_DIR]   (default build/release)
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. bench/idle-process.sh
 build=${1:-build/release}
 idle=${IDLE_SECONDS:-60}
 widget=$build/desktop/quillmont-widget
@@ -35,10 +36,4 @@ hyperfine --warmup 3 --runs 20 -N \
 "$widget" --app --no-tray >/dev/null 2>&1 &
 pid=$!
 sleep 3
-ticks() { awk '{print $14 + $15}' "/proc/$pid/stat"; }
-rss() { awk '/^VmRSS/ {print $2 " kB"}' "/proc/$pid/status"; }
-echo "resident with the window open: $(rss)"
-before=$(ticks)
-sleep "$idle"
-after=$(ticks)
-echo "CPU while idle for ${idle} s: $(( (after - before) * 1000 / $(getconf CLK_TCK) )) ms; resident: $(rss)"
+report_idle "$pid" "$idle"

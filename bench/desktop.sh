@@ -7,6 +7,7 @@
 # Usage: bench/desktop.sh [BUILD_DIR]   (default build/release)
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. bench/idle-process.sh
 build=${1:-build/release}
 idle=${IDLE_SECONDS:-60}
 widget=$build/desktop/quillmont-widget
@@ -22,11 +23,4 @@ hyperfine --warmup 3 --runs 30 -N \
 "$widget" --size medium --no-tray --instance bench >/dev/null 2>&1 &
 pid=$!
 sleep 2
-ticks() { awk '{print $14 + $15}' "/proc/$pid/stat"; }
-rss() { awk '/^VmRSS/ {print $2 " kB"}' "/proc/$pid/status"; }
-echo "resident after start-up: $(rss)"
-before=$(ticks)
-sleep "$idle"
-after=$(ticks)
-echo "idle for ${idle} s: $((after - before)) clock ticks of CPU (1 tick = 1/$(getconf CLK_TCK) s)"
-echo "resident after idling: $(rss)"
+report_idle "$pid" "$idle"

@@ -40,8 +40,10 @@ TrayIcon::TrayIcon(TimelineDriver& driver, QObject* parent)
   menu_->addSeparator();
   menu_->addAction("Quit", this, [this] { emit quitRequested(); });
   icon_.setContextMenu(menu_.get());
+  // A click on a status icon opens the program's window, as desktops
+  // expect; the widget is on the desktop already, and the menu shows it.
   connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-    if (reason == QSystemTrayIcon::Trigger) emit showWidgetRequested();
+    if (reason == QSystemTrayIcon::Trigger) emit openRequested();
   });
   connect(&driver_, &TimelineDriver::entryChanged, this, [this] { update(); });
   update();

@@ -6,6 +6,7 @@
 #     `quillmont --version`;
 #   - Activity: every record of ten years read and painted after the switch,
 #     and one page of the list scrolled and painted (bench_application);
+#   - a link opened in the running window (hyperfine, `--open URL`);
 #   - memory and idle: resident set size with the window open, and CPU time
 #     used over IDLE_SECONDS (default 60) while nothing happens.
 # Usage: bench/application.sh [BUILD_DIR]   (default build/release)
@@ -36,4 +37,7 @@ hyperfine --warmup 3 --runs 20 -N \
 "$widget" --app --no-tray >/dev/null 2>&1 &
 pid=$!
 sleep 3
+# A link to the running window (the widget's click, the tray, the desktop's
+# handler): the sending process, to the page switched in the running one.
+hyperfine --warmup 2 --runs 15 -N "$widget --open quillmont://history" "$widget --open quillmont://overview"
 report_idle "$pid" "$idle"

@@ -179,28 +179,16 @@ TEST(BookingCommands, EditRefusesAsBookDoesAndChangesNothing) {
   EXPECT_EQ(nothing.exitCode, 2);
   EXPECT_THAT(nothing.err, HasSubstr("--amount, --category, --note or --day"));
   EXPECT_EQ(quillmont.run({"bookings", "edit", "--amount", "30"}).exitCode, 2);  // no identifier
-  for (const std::vector<std::string>& usage : {std::vector<std::string>{"--amount", "soon"},
-                                                {"--day", "2026-02-30"},
-                                                {"--category", "gym"}}) {
-    std::vector<std::string> line{"bookings", "edit", "last"};
-    line.insert(line.end(), usage.begin(), usage.end());
-    const auto refused = quillmont.run(line);
-    EXPECT_EQ(refused.exitCode, 2) << usage[0];
-    EXPECT_THAT(refused.err, HasSubstr(usage[0] + ": ")) << refused.err;
-  }
-  const std::vector<std::pair<std::vector<std::string>, std::string>> refusals{
-      {{"--amount", "30"}, "\"Appointment\" takes time: give a negative amount, e.g. -30."},
-      {{"--category", "holiday"}, "\"Public holiday\" adds time: give a positive amount."},
-      {{"--amount", "0"}, "Choose an amount of time first."},
-      {{"--amount", "-24:01"}, "A single transaction can't exceed 24 hours."},
-  };
-  for (const auto& [options, message] : refusals) {
-    std::vector<std::string> line{"bookings", "edit", "last"};
-    line.insert(line.end(), options.begin(), options.end());
-    const auto refused = quillmont.run(line);
-    EXPECT_EQ(refused.exitCode, 1) << options[1];
-    EXPECT_THAT(refused.err, HasSubstr(message));
-  }
+  // Unreadable values are usage errors named by their option; the rules' refusals exit 1.
+  const auto unreadable = quillmont.run({"bookings", "edit", "last", "--day", "2026-02-30"});
+  EXPECT_EQ(unreadable.exitCode, 2);
+  EXPECT_THAT(unreadable.err, HasSubstr("--day: "));
+  const auto wrongSide = quillmont.run({"bookings", "edit", "last", "--category", "holiday"});
+  EXPECT_EQ(wrongSide.exitCode, 1);
+  EXPECT_THAT(wrongSide.err, HasSubstr("\"Public holiday\" adds time: give a positive amount."));
+  const auto tooLong = quillmont.run({"bookings", "edit", "last", "--amount", "-24:01"});
+  EXPECT_EQ(tooLong.exitCode, 1);
+  EXPECT_THAT(tooLong.err, HasSubstr("A single transaction can't exceed 24 hours."));
   StoreProbe store(quillmont);
   for (const auto& booking : store.context().fetch<BalanceAdjustment>()) {
     if (booking->minutes() != 0) {

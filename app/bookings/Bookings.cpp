@@ -15,6 +15,7 @@
 #include "core/ledger/AdjustmentCategoryValidation.h"
 #include "core/ledger/BalanceAdjustmentKind.h"
 #include "core/ledger/CustomAdjustmentCategoryConfiguration.h"
+#include "core/ledger/NoteValidation.h"
 #include "core/ledger/TimeBankTransactionController.h"
 #include "platform/foundation/Text.h"
 
@@ -33,6 +34,49 @@ bool madeLater(const BalanceAdjustment& a, const BalanceAdjustment& b) {
   if (recency(a.createdAt()) != recency(b.createdAt())) return recency(a.createdAt()) > recency(b.createdAt());
   if (recency(a.date()) != recency(b.date())) return recency(a.date()) > recency(b.date());
   return a.id() > b.id();
+}
+
+/// The instant a booking typed for `day` is dated at: now on today, else
+/// the day's noon; now when no day is typed.
+Date dateFor(const std::string& day, StoreSession& session) {
+  const Date selected =
+      day.empty() ? session.now()
+                  : DateInput::midday(TypedValue::day(day, session.today(), "day"), session.calendar());
+  return TimeBankTransactionController::submissionDate(selected, session.now(), session.calendar());
+}
+
+/// Refuses an amount no booking in the category may hold. The store keeps a
+/// category's amounts on its side of zero; an amount on the other side would
+/// be cut to nothing, so it is refused rather than stored. Zero and more
+/// than a day are the transaction's own refusals.
+void checkAmount(std::int64_t minutes, const std::string& rawValue, const AdjustmentCategoryOption& option) {
+  if (minutes != 0 && std::abs(minutes) <= TimeBankTransactionController::maximumAbsoluteMinutes &&
+      AdjustmentCategoryValidation::normalizedMinutes(minutes, rawValue) != minutes) {
+    throw Refusal("\"" + option.title + "\" " + signWord(option.behavior) + ".", "amount");
+  }
+  TimeBankTransactionController::checkAmount(minutes);
+}
+
+/// Every copy of the booking named by identifier, prefix, "@N" or "last".
+std::vector<std::shared_ptr<BalanceAdjustment>> named(StoreSession& session, std::string_view identifier) {
+  auto bookings = session.context().fetch<BalanceAdjustment>();
+  // The ledger's start marker is not a booking the person made or sees
+  // listed, so it takes no place among the newest.
+  if (RecordLookup::recentPlace(identifier)) {
+    std::erase_if(bookings, [](const auto& booking) { return ManualLedgerMigration::isCarryover(*booking); });
+  }
+  return RecordLookup::find(bookings, identifier, "booking", madeLater);
+}
+
+/// How undo names an action on the booking: by the identifier as typed, or
+/// by the booking's short one when typed by place.
+std::string actionName(std::string_view verb, std::string_view identifier, const BalanceAdjustment& booking) {
+  return std::string(verb) + " " +
+         (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(booking.id()) : std::string(identifier));
+}
+
+Values valuesOf(const BalanceAdjustment& booking) {
+  return {booking.minutes(), booking.kindRawValue(), booking.category().title, booking.note(), booking.date()};
 }
 
 }  // namespace
@@ -61,21 +105,11 @@ Booked add(StoreSession& session, const Request& request) {
   session.journal("book " + (request.amountText.empty() ? std::to_string(request.minutes) : request.amountText));
   const std::string& note = TypedValue::text(request.note, "note");
   const std::string rawValue = category(request.category, session.settings());
-  const Date selected = request.day.empty()
-                            ? session.now()
-                            : DateInput::midday(TypedValue::day(request.day, session.today(), "day"), session.calendar());
-  const Date date = TimeBankTransactionController::submissionDate(selected, session.now(), session.calendar());
-
-  // The store keeps a category's amounts on its side of zero; an amount on
-  // the other side would be cut to nothing, so it is refused here.
+  const Date date = dateFor(request.day, session);
   const auto option = *AdjustmentCategoryOption::resolve(rawValue);
-  const std::int64_t minutes = request.minutes;
-  if (minutes != 0 && std::abs(minutes) <= TimeBankTransactionController::maximumAbsoluteMinutes &&
-      AdjustmentCategoryValidation::normalizedMinutes(minutes, rawValue) != minutes) {
-    throw Refusal("\"" + option.title + "\" " + signWord(option.behavior) + ".", "amount");
-  }
+  checkAmount(request.minutes, rawValue, option);
 
-  auto booking = TimeBankTransactionController::record(minutes, date, note, rawValue, session.context());
+  auto booking = TimeBankTransactionController::record(request.minutes, date, note, rawValue, session.context());
   const double balance =
       LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), session.now());
   return {std::move(booking), option.title, balance};
@@ -102,22 +136,51 @@ Listing list(StoreSession& session, const DateInterval& interval) {
 }
 
 std::shared_ptr<BalanceAdjustment> remove(StoreSession& session, std::string_view identifier) {
-  auto bookings = session.context().fetch<BalanceAdjustment>();
-  // The ledger's start marker is not a booking the person made or sees
-  // listed, so it takes no place among the newest.
-  if (RecordLookup::recentPlace(identifier)) {
-    std::erase_if(bookings, [](const auto& booking) { return ManualLedgerMigration::isCarryover(*booking); });
-  }
-  const auto found = RecordLookup::find(bookings, identifier, "booking", madeLater);
+  const auto found = named(session, identifier);
   const auto& booking = found.front();
-  session.journal("bookings delete " + (RecordLookup::recentPlace(identifier) ? Display::shortIdentifier(booking->id())
-                                                                              : std::string(identifier)));
+  session.journal(actionName("bookings delete", identifier, *booking));
   if (ManualLedgerMigration::isCarryover(*booking)) {
     throw Refusal("This booking marks the switch to the manual ledger and stays.");
   }
   for (const auto& copy : found) session.context().deleteRecord(copy);
   session.context().save();
   return booking;
+}
+
+Edited edit(StoreSession& session, std::string_view identifier, const Change& change) {
+  if (change.empty()) throw InvalidInput("", "nothing to change: give an amount, a category, a note or a day");
+  const auto found = named(session, identifier);
+  const auto& booking = found.front();
+  session.journal(actionName("bookings edit", identifier, *booking));
+  if (ManualLedgerMigration::isCarryover(*booking)) {
+    throw Refusal("This booking marks the switch to the manual ledger and cannot be changed.");
+  }
+
+  Edited result{booking, valuesOf(*booking), {}, 0};
+  Values after = result.before;
+  if (change.amount) after.minutes = TypedValue::minutes(*change.amount, "amount");
+  if (change.category) after.category = category(*change.category, session.settings());
+  if (change.note) after.note = NoteValidation::normalized(TypedValue::text(*change.note, "note"));
+  if (change.day) after.date = dateFor(*change.day, session);
+  // A category no longer known (a removed own category) counts as manual, as it is shown.
+  const auto option = AdjustmentCategoryOption::resolve(after.category).value_or(booking->category());
+  after.categoryTitle = option.title;
+  checkAmount(after.minutes, after.category, option);
+
+  // Every copy of the identifier becomes the same booking; when it was made stays.
+  const Date modified = Date::now();
+  for (const auto& copy : found) {
+    copy->setMinutes(after.minutes);
+    if (change.category) copy->setKindRawValue(AdjustmentCategoryValidation::normalizedRawValue(after.category));
+    copy->setNote(after.note);
+    copy->setDate(after.date);
+    copy->setModifiedAt(modified);
+  }
+  session.context().save();
+  result.after = std::move(after);
+  result.balanceSeconds =
+      LedgerTotal::balanceThrough(session.context(), session.settings().startingBalanceMinutes(), session.now());
+  return result;
 }
 
 }  // namespace quillmont::Bookings

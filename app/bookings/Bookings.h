@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +59,40 @@ Listing list(StoreSession& session, const DateInterval& interval);
 /// Deletes the booking named by identifier, prefix, "@N" or "last" (every
 /// copy of its identifier) and returns it; the ledger's start marker stays.
 std::shared_ptr<BalanceAdjustment> remove(StoreSession& session, std::string_view identifier);
+
+/// What an edit changes; what is absent stays as it is.
+struct Change {
+  std::optional<std::string> amount;    ///< as typed, in any form `book` reads (90, -1:30, 45m)
+  std::optional<std::string> category;  ///< as typed, as add() reads it; empty for manual
+  std::optional<std::string> note;      ///< as typed; empty clears it
+  std::optional<std::string> day;       ///< as typed (YYYY-MM-DD, today, yesterday)
+
+  bool empty() const { return !amount && !category && !note && !day; }
+};
+
+/// A booking's values, to say what an edit changed.
+struct Values {
+  std::int64_t minutes = 0;
+  std::string category;  ///< the stored category text
+  std::string categoryTitle;
+  std::string note;
+  Date date;
+};
+
+struct Edited {
+  std::shared_ptr<BalanceAdjustment> booking;  ///< as saved
+  Values before;
+  Values after;
+  /// The ledger's balance now, the edit included.
+  double balanceSeconds = 0;
+};
+
+/// Changes the booking named as remove() names it, under the rules add()
+/// applies to a new one (the category's side of zero, no zero, at most 24
+/// hours; a day is dated as add() dates it), keeping its identifier and
+/// when it was made; saves once as one journaled action. An empty change is
+/// InvalidInput; the ledger's start marker is refused.
+Edited edit(StoreSession& session, std::string_view identifier, const Change& change);
 
 }  // namespace Bookings
 }  // namespace quillmont

@@ -9,6 +9,7 @@
 #include "app/session/StoreSession.h"
 #include "app/text/Display.h"
 #include "cli/input/CommandInput.h"
+#include "cli/input/UsageError.h"
 #include "cli/output/JsonOutput.h"
 #include "cli/output/Terminal.h"
 #include "cli/output/TextTable.h"
@@ -91,6 +92,39 @@ void remove(const std::string& identifier) {
                     Display(session.calendar()).dateTime(booking->date()) + ").");
 }
 
+struct EditOptions {
+  std::optional<std::string> amount;
+  std::optional<std::string> category;
+  std::optional<std::string> note;
+  std::optional<std::string> day;
+};
+
+std::string quoted(const std::string& note) { return note.empty() ? "(none)" : "\"" + Terminal::escaped(note) + "\""; }
+
+void edit(const std::string& identifier, const EditOptions& options) {
+  if (!options.amount && !options.category && !options.note && !options.day) {
+    throw UsageError("nothing to change: give --amount, --category, --note or --day");
+  }
+  StoreSession session;
+  const auto edited = Bookings::edit(session, identifier, {options.amount, options.category, options.note, options.day});
+  const Display display(session.calendar());
+  const Bookings::Values& before = edited.before;
+  const Bookings::Values& after = edited.after;
+  std::string changes;
+  const auto changed = [&](const std::string& what, const std::string& was, const std::string& is) {
+    if (was == is) return;
+    changes += (changes.empty() ? ": " : ", ") + what + " " + was + " \u2192 " + is;
+  };
+  changed("amount", Display::amountOfMinutes(before.minutes), Display::amountOfMinutes(after.minutes));
+  changed("category", before.categoryTitle, after.categoryTitle);
+  changed("note", quoted(before.note), quoted(after.note));
+  changed("date", display.dateTime(before.date), display.dateTime(after.date));
+  Terminal::message((changes.empty() ? "Booking " + Display::shortIdentifier(edited.booking->id()) +
+                                           " already had these values"
+                                     : "Changed booking " + Display::shortIdentifier(edited.booking->id()) + changes) +
+                    "; balance " + Display::amount(edited.balanceSeconds) + ".");
+}
+
 }  // namespace
 
 std::string dayText(const DateInput::Day& day) {
@@ -158,6 +192,21 @@ void showList(StoreSession& session, const DateInterval& interval, const std::st
 
 namespace {
 
+constexpr const char* identifierHelp =
+    "The booking's identifier (a unique prefix is enough), or @1 (also: last) for the newest booking, @2 for the "
+    "one before";
+constexpr const char* newestHelp =
+    "The newest booking is the one made last (by when it was made; among bookings made at once, the later day).";
+constexpr const char* categoryHelp =
+    "A kind (manual, appointment, personalErrands, longLunch, other, holiday, paidLeave, sickLeave) or the title of "
+    "one of your categories";
+
+CommandSet::Values categoryValues() {
+  CommandSet::Values categories{{}, true};
+  for (const BalanceAdjustmentKind kind : BalanceAdjustmentKind::allCases()) categories.words.emplace_back(kind.rawValue());
+  return categories;
+}
+
 void installBook(CommandSet& commands) {
   CLI::App& root = commands.root();
   auto bookOptions = std::make_shared<BookOptions>();
@@ -165,13 +214,10 @@ void installBook(CommandSet& commands) {
       commands.add(root, "book", "Book time into (+) or out of (-) the bank", [bookOptions] { book(*bookOptions); });
   bookCommand->add_option("DURATION", bookOptions->duration, "The amount: 90, -45, 1:30, -0:45, 1h30m, -2h, 45m")
       ->required();
-  CommandSet::Values categories{{}, true};
-  for (const BalanceAdjustmentKind kind : BalanceAdjustmentKind::allCases()) categories.words.emplace_back(kind.rawValue());
   commands
       .offer(bookCommand->add_option("--category,-c", bookOptions->category,
-                                     "A kind (manual, appointment, personalErrands, longLunch, other, holiday, "
-                                     "paidLeave, sickLeave) or the title of one of your categories; manual by default"),
-             std::move(categories))
+                                     std::string(categoryHelp) + "; manual by default"),
+             categoryValues())
       ->type_name("KIND|TITLE");
   bookCommand->add_option("--note,-n", bookOptions->note, "A note (at most 280 characters)")->type_name("TEXT");
   bookCommand->add_option("--day,-d", bookOptions->day, "The day of the booking (YYYY-MM-DD); today by default")
@@ -183,7 +229,7 @@ void installBook(CommandSet& commands) {
 void installBookings(CommandSet& commands) {
   CLI::App& root = commands.root();
   CLI::App* bookings = commands.addGroup(root, "bookings", "List or delete bookings");
-  const auto builds = commands.subcommands({"list", "delete"});
+  const auto builds = commands.subcommands({"list", "edit", "delete"});
   if (builds("list")) {
     auto options = std::make_shared<ListOptions>();
     CLI::App* listCommand = commands.add(*bookings, "list", "List bookings (the last 30 days unless told otherwise)",
@@ -194,14 +240,24 @@ void installBookings(CommandSet& commands) {
     auto identifier = std::make_shared<std::string>();
     CLI::App* deleteCommand =
         commands.add(*bookings, "delete", "Delete a booking", [identifier] { remove(*identifier); });
-    deleteCommand
-        ->add_option("ID", *identifier,
-                     "The booking's identifier (a unique prefix is enough), or @1 (also: last) for the newest "
-                     "booking, @2 for the one before")
-        ->required();
-    deleteCommand->footer(
-        "The newest booking is the one made last (by when it was made; among bookings made at once, the later "
-        "day).");
+    deleteCommand->add_option("ID", *identifier, identifierHelp)->required();
+    deleteCommand->footer(newestHelp);
+  }
+  if (builds("edit")) {
+    auto identifier = std::make_shared<std::string>();
+    auto options = std::make_shared<EditOptions>();
+    CLI::App* editCommand = commands.add(*bookings, "edit", "Change a booking's amount, category, note or day",
+                                         [identifier, options] { edit(*identifier, *options); });
+    editCommand->add_option("ID", *identifier, identifierHelp)->required();
+    editCommand->add_option("--amount,-a", options->amount, "The new amount: 90, -45, 1:30, -0:45, 1h30m, -2h, 45m")
+        ->type_name("DURATION");
+    commands.offer(editCommand->add_option("--category,-c", options->category, categoryHelp), categoryValues())
+        ->type_name("KIND|TITLE");
+    editCommand->add_option("--note,-n", options->note, "The new note (at most 280 characters; \"\" for none)")
+        ->type_name("TEXT");
+    editCommand->add_option("--day,-d", options->day, "The new day (YYYY-MM-DD, today, yesterday)")->type_name("DAY");
+    editCommand->footer(std::string("Only what is given changes, under the rules of `book`; undo takes it back.\n") +
+                        newestHelp + "\nExample:\n  quillmont bookings edit last --amount=-1h --note dentist");
   }
 }
 

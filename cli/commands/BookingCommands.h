@@ -1,6 +1,6 @@
-// BookingCommands: `book`, `bookings list` and `bookings delete` read their
-// options into the application's Bookings use cases (which hold the rules)
-// and print what they return; also the list options and range texts that
+// BookingCommands: `book`, `bookings list`, `bookings edit` and `bookings
+// delete` read their options into the application's Bookings use cases
+// (which hold the rules) and print what they return; also the list options and range texts that
 // `work list` and the window's recent pages share.
 #pragma once
 

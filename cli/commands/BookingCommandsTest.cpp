@@ -124,6 +124,80 @@ TEST(BookingCommands, TheNewestBookingOrScheduleIsNamedByPlace) {
   EXPECT_EQ(schedules[0]->weekdayMinutes()[0], 420);
 }
 
+TEST(BookingCommands, EditChangesWhatIsGivenAndSaysWhat) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2026-01-05", "--balance", "10:00"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"category", "add", "Gym visits"}).exitCode, 0);
+  ASSERT_EQ(quillmont.run({"book", "-1h30m", "-c", "appointment", "-n", "dentist", "-d", "2026-03-02"}).exitCode, 0);
+  StoreProbe store(quillmont);
+  const auto booking = [&] {
+    for (auto& each : store.context().fetch<BalanceAdjustment>()) {
+      if (each->minutes() != 0) return each;
+    }
+    return std::shared_ptr<BalanceAdjustment>();
+  };
+  const auto booked = booking();
+  ASSERT_TRUE(booked);
+
+  // A negative amount reads as the option's value, with or without "=".
+  const auto amount = quillmont.run({"bookings", "edit", "last", "--amount", "-2h"});
+  ASSERT_EQ(amount.exitCode, 0) << amount.err;
+  EXPECT_THAT(amount.err, HasSubstr(": amount \u22121:30 \u2192 \u22122:00; balance +8:00."));
+  EXPECT_THAT(amount.err, Not(HasSubstr("note")));
+
+  const auto all = quillmont.run({"bookings", "edit", booked->id().uuidString().substr(0, 5), "--amount=-45m", "-c",
+                                  "gym VISITS", "-n", "", "-d", "2026-03-04"});
+  ASSERT_EQ(all.exitCode, 0) << all.err;
+  EXPECT_THAT(all.err, HasSubstr("category Appointment \u2192 Gym visits, note \"dentist\" \u2192 (none), "
+                                 "date 2026-03-02 12:00 \u2192 2026-03-04 12:00; balance +9:15."));
+  const auto edited = booking();
+  EXPECT_EQ(edited->id(), booked->id());
+  EXPECT_EQ(edited->minutes(), -45);
+  EXPECT_EQ(edited->note(), "");
+  EXPECT_EQ(store.context().fetch<BalanceAdjustment>().size(), 2u);  // the booking and the ledger's marker
+  EXPECT_THAT(quillmont.run({"bookings", "list", "--from", "2026-03-04", "--to", "2026-03-04"}).out,
+              ContainsRegex("2026-03-04 12:00 +\u22120:45 +Gym visits"));
+
+  // Undo takes the last edit back whole.
+  const auto undone = quillmont.run({"undo"});
+  ASSERT_EQ(undone.exitCode, 0) << undone.err;
+  EXPECT_THAT(undone.err, HasSubstr("bookings edit"));
+  EXPECT_EQ(booking()->minutes(), -120);
+  EXPECT_EQ(booking()->note(), "dentist");
+  EXPECT_THAT(quillmont.run({"bookings", "--help"}).out, HasSubstr("edit"));
+}
+
+TEST(BookingCommands, EditRefusesAsBookDoesAndChangesNothing) {
+  CommandRunner quillmont;
+  ASSERT_EQ(quillmont.run({"setup", "--start", "2026-01-05"}).exitCode, 0);
+  const auto none = quillmont.run({"bookings", "edit", "last", "--amount", "30"});
+  EXPECT_EQ(none.exitCode, 1);  // the ledger's marker is no booking to name
+  EXPECT_THAT(none.err, HasSubstr("there is no booking last"));
+  ASSERT_EQ(quillmont.run({"book", "-30", "-c", "appointment"}).exitCode, 0);
+
+  const auto nothing = quillmont.run({"bookings", "edit", "last"});
+  EXPECT_EQ(nothing.exitCode, 2);
+  EXPECT_THAT(nothing.err, HasSubstr("--amount, --category, --note or --day"));
+  EXPECT_EQ(quillmont.run({"bookings", "edit", "--amount", "30"}).exitCode, 2);  // no identifier
+  // Unreadable values are usage errors named by their option; the rules' refusals exit 1.
+  const auto unreadable = quillmont.run({"bookings", "edit", "last", "--day", "2026-02-30"});
+  EXPECT_EQ(unreadable.exitCode, 2);
+  EXPECT_THAT(unreadable.err, HasSubstr("--day: "));
+  const auto wrongSide = quillmont.run({"bookings", "edit", "last", "--category", "holiday"});
+  EXPECT_EQ(wrongSide.exitCode, 1);
+  EXPECT_THAT(wrongSide.err, HasSubstr("\"Public holiday\" adds time: give a positive amount."));
+  const auto tooLong = quillmont.run({"bookings", "edit", "last", "--amount", "-24:01"});
+  EXPECT_EQ(tooLong.exitCode, 1);
+  EXPECT_THAT(tooLong.err, HasSubstr("A single transaction can't exceed 24 hours."));
+  StoreProbe store(quillmont);
+  for (const auto& booking : store.context().fetch<BalanceAdjustment>()) {
+    if (booking->minutes() != 0) {
+      EXPECT_EQ(booking->minutes(), -30);
+      EXPECT_EQ(booking->kindRawValue(), "appointment");
+    }
+  }
+}
+
 TEST(BookingCommands, AListSaysItsRangeAndReconcilesWithTheBalance) {
   CommandRunner quillmont;
   // Setting up starts the manual ledger: its marker is no booking to list.

@@ -10,12 +10,16 @@ Date submissionDate(Date selectedDate, Date now, const Calendar& calendar) {
   return calendar.isDate(selectedDate, now) ? now : selectedDate;
 }
 
-std::shared_ptr<BalanceAdjustment> record(std::int64_t minutes, Date date, std::string_view note,
-                                          std::string_view kindRawValue, ModelContext& context) {
+void checkAmount(std::int64_t minutes) {
   if (minutes == 0) throw TimeBankTransactionError(TimeBankTransactionError::Case::zeroDuration);
   if (minutes < -maximumAbsoluteMinutes || minutes > maximumAbsoluteMinutes) {
     throw TimeBankTransactionError(TimeBankTransactionError::Case::durationTooLarge);
   }
+}
+
+std::shared_ptr<BalanceAdjustment> record(std::int64_t minutes, Date date, std::string_view note,
+                                          std::string_view kindRawValue, ModelContext& context) {
+  checkAmount(minutes);
   const std::string normalizedNote = NoteValidation::normalized(note);
   const Date createdAt = Date::now();
   const Date modifiedAt = Date::now();

@@ -19,7 +19,11 @@ inline constexpr std::int64_t maximumAbsoluteMinutes = 1440;
 /// `now` when the calendar puts `selectedDate` on the day of `now`, else `selectedDate`.
 Date submissionDate(Date selectedDate, Date now, const Calendar& calendar);
 
-/// Checks the amount (TimeBankTransactionError), inserts a new adjustment in
+/// Refuses an amount no booking may hold (TimeBankTransactionError): zero,
+/// or more than 24 hours either way.
+void checkAmount(std::int64_t minutes);
+
+/// Checks the amount (checkAmount), inserts a new adjustment in
 /// the normalised category with the normalised note, saves the context (its
 /// StoreError passes through; the adjustment then stays inserted, unsaved)
 /// and returns the adjustment.

@@ -87,19 +87,23 @@ BookingForm::BookingForm(QWidget* parent)
   grid->addLayout(last, 2, 0, 1, 4);
 }
 
-void BookingForm::load(StoreSession& session) {
-  const QString chosen = category_->currentData().toString();
-  category_->clear();
+void BookingForm::offerCategories(QComboBox& categories, StoreSession& session) {
+  categories.clear();
   const auto offered = OfferedKinds::offered(session);
   for (const BalanceAdjustmentKind kind : BalanceAdjustmentKind::allCases()) {
     if (configurable(kind) && !offered.contains(kind)) continue;
     const AdjustmentCategoryOption option = AdjustmentCategoryOption::builtIn(kind);
-    category_->addItem(text(option.title) + " (" + sideOf(option.behavior) + ")", text(kind.rawValue()));
+    categories.addItem(text(option.title) + " (" + sideOf(option.behavior) + ")", text(kind.rawValue()));
   }
   for (const CustomAdjustmentCategory& own : OwnCategories::list(session.settings())) {
-    category_->addItem(text(own.title()) + " (" + sideOf(AdjustmentCategoryBehavior::debit) + ")",
+    categories.addItem(text(own.title()) + " (" + sideOf(AdjustmentCategoryBehavior::debit) + ")",
                        text(own.title()));
   }
+}
+
+void BookingForm::load(StoreSession& session) {
+  const QString chosen = category_->currentData().toString();
+  offerCategories(*category_, session);
   const int again = category_->findData(chosen);
   category_->setCurrentIndex(again >= 0 ? again : 0);
 }

@@ -26,6 +26,10 @@ class BookingForm final : public QWidget {
 
   /// Offers the categories of the store as it is now.
   void load(StoreSession& session);
+  /// Fills `categories` with what a booking may be booked as: the offered
+  /// built-in kinds (data: the raw value) and the person's own categories
+  /// (data: the title), each saying whether it adds or takes time.
+  static void offerCategories(QComboBox& categories, StoreSession& session);
   /// Books what the form holds; on success the amount and note are emptied.
   void book();
   /// Puts the keyboard on the amount.

@@ -24,6 +24,7 @@
 #include "app/session/StoreSession.h"
 #include "app/text/Display.h"
 #include "app/work/WorkEntries.h"
+#include "desktop/application/BookingDialog.h"
 #include "desktop/application/HistoryModel.h"
 #include "desktop/application/WorkEntryDialog.h"
 
@@ -60,7 +61,7 @@ HistoryPage::HistoryPage(QWidget* parent)
   tools_->setAccessibleName("Activity actions");
   tools_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   edit_ = tools_->addAction(QIcon::fromTheme("document-edit"), "Edit…");
-  edit_->setToolTip("Change the selected work entry (Enter)");
+  edit_->setToolTip("Change the selected record (Enter)");
   delete_ = tools_->addAction(QIcon::fromTheme("edit-delete"), "Delete…");
   delete_->setToolTip("Delete the selected record (Delete)");
   delete_->setShortcut(QKeySequence::Delete);
@@ -207,7 +208,7 @@ void HistoryPage::applyFilter() {
 void HistoryPage::updateActions() {
   const QModelIndex current = view_->selectionModel()->currentIndex();
   const bool any = current.isValid() && view_->selectionModel()->isSelected(current);
-  edit_->setEnabled(any && model_->row(current.row()).kind == History::Row::Kind::work);
+  edit_->setEnabled(any);
   delete_->setEnabled(any);
 }
 
@@ -243,23 +244,33 @@ void HistoryPage::undo() {
   });
 }
 
+template <class Dialog>
+void HistoryPage::openEditor(Dialog* dialog, Dialog*& open, const QString& done) {
+  open = dialog;
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  connect(dialog, &QDialog::accepted, this, [this, done] {
+    refresh();
+    say(done);
+  });
+  connect(dialog, &QObject::destroyed, this, [&open] { open = nullptr; });
+  // Window-modal: the tray and the widget keep working while it is open.
+  dialog->open();
+}
+
 void HistoryPage::editSelected() {
   const QModelIndex current = view_->selectionModel()->currentIndex();
-  if (!current.isValid() || editDialog_ != nullptr || !calendar_) return;
+  if (!current.isValid() || editDialog_ != nullptr || bookingDialog_ != nullptr || !calendar_) return;
   const History::Row& row = model_->row(current.row());
-  if (row.kind != History::Row::Kind::work) {
-    say("A booking cannot be changed: delete it and book again.");
+  if (row.kind == History::Row::Kind::work) {
+    openEditor(new WorkEntryDialog(row, *calendar_, this), editDialog_, "The work entry was changed.");
     return;
   }
-  editDialog_ = new WorkEntryDialog(row, *calendar_, this);
-  editDialog_->setAttribute(Qt::WA_DeleteOnClose);
-  connect(editDialog_, &QDialog::accepted, this, [this] {
-    refresh();
-    say("The work entry was changed.");
-  });
-  connect(editDialog_, &QObject::destroyed, this, [this] { editDialog_ = nullptr; });
-  // Window-modal: the tray and the widget keep working while it is open.
-  editDialog_->open();
+  try {
+    StoreSession session;  // the categories on offer now
+    openEditor(new BookingDialog(row, session, this), bookingDialog_, "The booking was changed.");
+  } catch (const std::exception& error) {
+    say("The booking cannot be changed now: " + QString::fromUtf8(error.what()));
+  }
 }
 
 void HistoryPage::deleteSelected() {

@@ -1,8 +1,8 @@
 // HistoryPage: every booking and work entry, newest first, with the balance
 // after each booking, in one table view over a HistoryModel. A filter row
 // narrows it to a range of days and to bookings or work; a toolbar edits
-// the selected work entry, deletes the selected record after asking, and
-// takes back the last change. What a change could not do shows above the list.
+// the selected record (a booking in a BookingDialog, a work entry in a
+// WorkEntryDialog), deletes it after asking, and takes back the last change. What a change could not do shows above the list.
 #pragma once
 
 #include <optional>
@@ -20,6 +20,7 @@ class QToolBar;
 
 namespace quillmont {
 
+class BookingDialog;
 class HistoryModel;
 class WorkEntryDialog;
 
@@ -45,13 +46,14 @@ class HistoryPage final : public Page {
   QString message() const;
   /// The dialog or question open now, if any.
   WorkEntryDialog* editDialog() const { return editDialog_; }
+  BookingDialog* bookingDialog() const { return bookingDialog_; }
   QMessageBox* deleteQuestion() const { return question_; }
 
   /// Puts the keyboard on the filter row.
   void focusFilter();
   /// Takes back the last change the store journaled; a refusal is shown.
   void undo();
-  /// Opens the edit dialog for the selected work entry.
+  /// Opens the edit dialog for the selected booking or work entry.
   void editSelected();
   /// Asks whether to delete the selected record, and deletes it on yes.
   void deleteSelected();
@@ -79,7 +81,13 @@ class HistoryPage final : public Page {
   QAction* edit_;
   QAction* delete_;
   QAction* undo_;
+  /// Opens a dialog window-modal; `open` is cleared when it closes, and a
+  /// saved change reads the page again and says `done`.
+  template <class Dialog>
+  void openEditor(Dialog* dialog, Dialog*& open, const QString& done);
+
   WorkEntryDialog* editDialog_ = nullptr;
+  BookingDialog* bookingDialog_ = nullptr;
   QMessageBox* question_ = nullptr;
   std::optional<Calendar> calendar_;
 };

@@ -1,5 +1,5 @@
 // The Activity page driven as a person would: the filter row, editing a
-// work entry (with the rules the command line keeps), deleting after the
+// work entry and a booking (with the rules the command line keeps), deleting after the
 // question, undo with its refusal, and a booking made by another process
 // appearing while the window is open.
 #include "desktop/application/HistoryPage.h"
@@ -26,6 +26,7 @@
 #include "desktop/testing/StoreSharingTest.h"
 #include "core/ledger/WorkEntry.h"
 #include "desktop/DesktopHost.h"
+#include "desktop/application/BookingDialog.h"
 #include "desktop/application/FieldProblems.h"
 #include "desktop/application/HistoryModel.h"
 #include "desktop/application/QuillmontWindow.h"
@@ -51,8 +52,9 @@ class HistoryPageTest : public testing::StoreSharingTest {
     field.clear();
     QTest::keyClicks(&field, text);
   }
-  static void save(WorkEntryDialog& dialog) {
-    QTest::mouseClick(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save), Qt::LeftButton);
+  template <class Dialog>
+  static void save(Dialog& dialog) {
+    QTest::mouseClick(dialog.template findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save), Qt::LeftButton);
   }
   static void answer(QMessageBox& question, const QString& button) {
     for (QAbstractButton* each : question.buttons()) {
@@ -115,8 +117,6 @@ TEST_F(HistoryPageTest, AWorkEntryIsEditedWithTheCommandLinesRules) {
   const int morning = 2;
   ASSERT_EQ(cell(page.model(), morning, HistoryModel::note), "morning");
 
-  page.view().selectRow(1);
-  EXPECT_FALSE(page.editAction().isEnabled()) << "a booking has no edit";
   page.view().selectRow(morning);
   ASSERT_TRUE(page.editAction().isEnabled());
   page.editAction().trigger();
@@ -177,6 +177,87 @@ TEST_F(HistoryPageTest, AWorkEntryIsEditedWithTheCommandLinesRules) {
   EXPECT_THAT(page.message().toStdString(), HasSubstr("changed since"));
   EXPECT_EQ(cell(page.model(), morning, HistoryModel::note), "changed elsewhere");
   EXPECT_EQ(cell(page.model(), morning, HistoryModel::when), "2026-03-04 08:00\u201314:00");
+}
+
+TEST_F(HistoryPageTest, ABookingIsEditedWithTheBookingRulesAndUndoTakesItBack) {
+  run({"setup", "--start", "2026-01-01", "--balance", "0"});
+  run({"book", "-1h", "--category", "appointment", "--day", "2026-03-04", "--note", "dentist"});
+  run({"work", "add", "--start", "2026-03-05 08:00", "--end", "2026-03-05 12:00"});
+  HistoryPage& page = opened();
+  ASSERT_EQ(page.model().rowCount(), 2);
+  const int booking = 1;  // the work is newer
+  ASSERT_EQ(cell(page.model(), booking, HistoryModel::note), "dentist");
+
+  // Enter in the list opens the booking's own dialog, window-modal.
+  window_.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+  page.view().setFocus();
+  page.view().selectRow(booking);
+  ASSERT_TRUE(page.editAction().isEnabled());
+  QTest::keyClick(&page.view(), Qt::Key_Return);
+  BookingDialog* dialog = page.bookingDialog();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(page.editDialog(), nullptr);
+  EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
+  EXPECT_EQ(dialog->amount().text(), "-1:00");
+  EXPECT_EQ(dialog->category().currentData().toString(), "appointment");
+  EXPECT_EQ(dialog->day().date(), QDate(2026, 3, 4));
+  EXPECT_EQ(dialog->note().text(), "dentist");
+
+  // The wrong side of the category is refused beside the amount, in the rules' words.
+  type(dialog->amount(), "45m");
+  save(*dialog);
+  ASSERT_EQ(page.bookingDialog(), dialog) << "a refused change keeps the dialog open";
+  EXPECT_EQ(dialog->problems().text("amount").toStdString(),
+            "\"Appointment\" takes time: give a negative amount, e.g. -30.");
+  EXPECT_TRUE(dialog->problems().text("").isEmpty());
+  if (const char* folder = std::getenv("QUILLMONT_SCREENSHOTS")) {
+    EXPECT_TRUE(dialog->grab().save(QString(folder) + "/Edit booking.png", "PNG"));
+  }
+  type(dialog->amount(), "-1:30");
+  type(dialog->note(), "dentist and pharmacy");
+  save(*dialog);
+  QTest::qWait(0);
+  EXPECT_EQ(page.bookingDialog(), nullptr);
+  EXPECT_EQ(page.message(), "The booking was changed.");
+  ASSERT_EQ(page.model().rowCount(), 2);
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::amount), "\u22121:30");
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::note), "dentist and pharmacy");
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::balanceAfter), "\u22121:30");
+
+  // Another day and category; Cancel changes nothing.
+  page.view().selectRow(booking);
+  page.editSelected();
+  dialog = page.bookingDialog();
+  ASSERT_NE(dialog, nullptr);
+  type(dialog->amount(), "2h");
+  dialog->category().setCurrentIndex(dialog->category().findData("holiday"));
+  dialog->day().setDate({2026, 3, 6});
+  QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel), Qt::LeftButton);
+  QTest::qWait(0);
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::amount), "\u22121:30");
+  page.view().selectRow(booking);
+  page.editSelected();
+  dialog = page.bookingDialog();
+  ASSERT_NE(dialog, nullptr);
+  type(dialog->amount(), "2h");
+  ASSERT_GE(dialog->category().findData("holiday"), 0);
+  dialog->category().setCurrentIndex(dialog->category().findData("holiday"));
+  dialog->day().setDate({2026, 3, 6});
+  save(*dialog);
+  QTest::qWait(0);
+  ASSERT_EQ(page.bookingDialog(), nullptr) << dialog->problems().text("").toStdString();
+  EXPECT_EQ(cell(page.model(), 0, HistoryModel::when), "2026-03-06 12:00");  // now the newest
+  EXPECT_EQ(cell(page.model(), 0, HistoryModel::amount), "+2:00");
+
+  // Undo takes the last edit back whole, then the one before.
+  page.undoAction().trigger();
+  EXPECT_THAT(page.message().toStdString(), StartsWith("Took back "));
+  ASSERT_EQ(page.model().rowCount(), 2);
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::amount), "\u22121:30");
+  page.undoAction().trigger();
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::amount), "\u22121:00");
+  EXPECT_EQ(cell(page.model(), booking, HistoryModel::note), "dentist");
 }
 
 TEST_F(HistoryPageTest, DeleteAsksFirstAndUndoBringsItBack) {

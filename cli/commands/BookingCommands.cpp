@@ -228,7 +228,7 @@ void installBook(CommandSet& commands) {
 
 void installBookings(CommandSet& commands) {
   CLI::App& root = commands.root();
-  CLI::App* bookings = commands.addGroup(root, "bookings", "List or delete bookings");
+  CLI::App* bookings = commands.addGroup(root, "bookings", "List, edit or delete bookings");
   const auto builds = commands.subcommands({"list", "edit", "delete"});
   if (builds("list")) {
     auto options = std::make_shared<ListOptions>();

@@ -9,7 +9,7 @@ namespace quillmont::Settling {
 
 Result settle(StoreSession& session, const Request& request) {
   if (!session.settings().hasCompletedOnboarding()) {
-    throw Refusal("the time bank is not set up yet; finish with `quillmont setup` first");
+    throw Refusal("the time bank is not set up yet", Remedy{Remedy::Kind::finishSetup});
   }
   const Calendar& calendar = session.calendar();
   const Date todayStart = DateInput::startOfDay(session.today(), calendar);

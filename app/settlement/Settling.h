@@ -38,7 +38,7 @@ struct Result {
   bool saved = false;
 };
 
-/// Refuses (Refusal) while set-up is not complete; InvalidInput "through"
+/// Refuses (Refusal, finishSetup) while set-up is not complete; InvalidInput "through"
 /// for a last day that is not over yet, "from" for a first day after it.
 Result settle(StoreSession& session, const Request& request);
 

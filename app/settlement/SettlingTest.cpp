@@ -29,7 +29,13 @@ double balance() {
 
 TEST(Settling, RefusesUnsetBanksDaysNotOverAndRangesBackToFront) {
   FiguresStore store({{2026, 3, 6}, 12, 0});
-  EXPECT_THROW(settle(std::nullopt, std::nullopt, false), Refusal);
+  try {
+    settle(std::nullopt, std::nullopt, false);
+    ADD_FAILURE() << "the bank is not set up";
+  } catch (const Refusal& refusal) {
+    EXPECT_STREQ(refusal.what(), "the time bank is not set up yet");
+    EXPECT_EQ(refusal.remedy().kind, Remedy::Kind::finishSetup);
+  }
   store.setUp({2026, 3, 2});
   try {
     settle(std::nullopt, DateInput::Day{2026, 3, 6}, false);

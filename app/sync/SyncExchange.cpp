@@ -158,8 +158,8 @@ void writeOwnFiles(StoreSession& session, const Configuration& setup) {
 Result exchange(const UserDefaults& defaults, const Configuration& setup) {
   std::error_code error;
   if (!std::filesystem::is_directory(setup.folder, error)) {
-    throw Refusal("the sync folder " + setup.folder.string() +
-                  " is missing (is the drive mounted?); run `quillmont sync setup DIR` to choose another");
+    throw Refusal("the sync folder " + setup.folder.string() + " is missing (is the drive mounted?)",
+                  Remedy{Remedy::Kind::chooseSyncFolder});
   }
   SyncState state = SyncSettings::state(defaults);
   Result result;

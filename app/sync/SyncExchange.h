@@ -59,7 +59,7 @@ struct Result {
 };
 
 /// One exchange for `configuration`; throws Refusal when the folder is
-/// missing or this machine's files cannot be written before the merge, and
+/// missing (with the chooseSyncFolder Remedy) or this machine's files cannot be written before the merge, and
 /// passes the store's errors through (nothing of the exchange stays then).
 Result exchange(const UserDefaults& defaults, const SyncSettings::Configuration& configuration);
 

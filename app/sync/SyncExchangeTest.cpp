@@ -10,6 +10,8 @@
 
 #include <chrono>
 #include <fstream>
+#include <functional>
+#include <optional>
 
 #include "app/session/StoreSession.h"
 #include "app/sync/SyncFolder.h"
@@ -120,12 +122,28 @@ TEST_F(SyncExchangeTest, ADamagedLedgerIsSkippedWithItsReasonAndChangesNothing) 
 }
 
 TEST_F(SyncExchangeTest, WithoutSetUpNothingIsKnownAndAMissingFolderIsRefused) {
+  // Each refusal says what to do: set sync up, or choose another folder.
+  const auto refused = [](const std::function<void()>& action) -> std::optional<Refusal> {
+    try {
+      action();
+    } catch (const Refusal& refusal) {
+      return refusal;
+    }
+    return std::nullopt;
+  };
   EXPECT_FALSE(SyncStatus::overview(SyncSettings::preferences()).has_value());
-  EXPECT_THROW(SyncStatus::status(SyncSettings::preferences()), Refusal);
+  const auto notSetUp = refused([] { SyncStatus::status(SyncSettings::preferences()); });
+  ASSERT_TRUE(notSetUp);
+  EXPECT_STREQ(notSetUp->what(), "sync is not set up on this machine");
+  EXPECT_EQ(notSetUp->remedy().kind, Remedy::Kind::setUpSync);
+
   setUp(office, folder, "office");
   std::filesystem::remove_all(folder);
   EXPECT_FALSE(SyncStatus::status(SyncSettings::preferences()).folderPresent);
-  EXPECT_THROW(exchange(office), Refusal);
+  const auto missing = refused([&] { exchange(office); });
+  ASSERT_TRUE(missing);
+  EXPECT_EQ(missing->what(), "the sync folder " + folder.string() + " is missing (is the drive mounted?)");
+  EXPECT_EQ(missing->remedy().kind, Remedy::Kind::chooseSyncFolder);
 }
 
 TEST_F(SyncExchangeTest, OtherSettingsInTheFolderWaitForAChoiceAndAdoptingTakesThem) {

@@ -35,9 +35,7 @@ std::optional<Configuration> configuration(const UserDefaults& defaults) {
 Configuration requiredConfiguration(const UserDefaults& defaults) {
   auto found = configuration(defaults);
   if (!found) {
-    throw Refusal(
-        "sync is not set up on this machine; run `quillmont sync setup DIR` with the folder your sync service "
-        "shares between your machines");
+    throw Refusal("sync is not set up on this machine", Remedy{Remedy::Kind::setUpSync});
   }
   return *found;
 }

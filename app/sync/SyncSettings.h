@@ -25,7 +25,7 @@ UserDefaults preferences();
 
 /// This machine's sync set-up; nothing when sync is not set up.
 std::optional<Configuration> configuration(const UserDefaults& defaults);
-/// The same; throws Refusal saying how to set sync up when it is not.
+/// The same; throws Refusal (with the setUpSync Remedy) when it is not.
 Configuration requiredConfiguration(const UserDefaults& defaults);
 /// Keeps `configuration`; throws Refusal when the preferences refuse it.
 void keep(const UserDefaults& defaults, const Configuration& configuration);

@@ -37,8 +37,8 @@ void checkInterval(Date start, std::optional<Date> end, bool force, const Calend
   }
   if (!force && *end - start > maximumUnconfirmedSeconds) {
     throw InvalidInput("", "the entry would last " + Display::duration(*end - start) + ", from " +
-                               display.dateTime(start) + " to " + display.dateTime(*end) +
-                               "; an entry longer than 24 hours needs --force");
+                               display.dateTime(start) + " to " + display.dateTime(*end),
+                       {Remedy::Kind::confirmLength});
   }
 }
 
@@ -86,7 +86,7 @@ void refuseOverlaps(StoreSession& session, const WorkOverlap::Span& span, const 
     named += (named.empty() ? "" : ", ") + std::string("work ") + Display::shortIdentifier(entry->id()) + " (" +
              display.span(entry->startedAt(), entry->endedAt()) + ")";
   }
-  throw Refusal(what + " would overlap " + named + "; add --force if that is meant (time covered twice counts once).");
+  throw Refusal(what + " would overlap " + named, Remedy{Remedy::Kind::confirmOverlap});
 }
 
 Changed add(StoreSession& session, const Request& request) {

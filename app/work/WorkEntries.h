@@ -1,7 +1,8 @@
 // WorkEntries: worked time typed in by hand: add, edit, delete, list. Times
 // are read as typed (WorkTimes places a time without a day); an entry longer
 // than 24 hours, or one that overlaps other work, is refused unless `force`
-// says it is meant (WorkOverlap decides what overlaps; touching does not).
+// says it is meant (WorkOverlap decides what overlaps; touching does not);
+// those refusals carry the confirmLength or confirmOverlap Remedy.
 // Every change is journaled as one action and returns the entry as it now
 // stands with its worked time.
 #pragma once

@@ -3,11 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <optional>
+
 #include "app/InvalidInput.h"
 #include "app/Refusal.h"
 #include "app/session/StoreSession.h"
 #include "app/testing/ScratchHome.h"
 #include "app/text/Display.h"
+#include "app/work/Timer.h"
 
 namespace quillmont {
 namespace {
@@ -75,7 +79,7 @@ TEST_F(WorkEntriesTest, OverlapsAreRefusedNamingTheWorkUnlessForced) {
   const auto morning = add("2026-03-02 09:00", "12:00").entry;
   const std::string name = "work " + Display::shortIdentifier(morning->id()) + " (2026-03-02 09:00\u201312:00)";
   EXPECT_EQ(refusalOf([](StoreSession& s) { WorkEntries::add(s, {"2026-03-02 11:00", "13:00", "", {}, false}); }),
-            "The entry would overlap " + name + "; add --force if that is meant (time covered twice counts once).");
+            "The entry would overlap " + name);
   EXPECT_EQ(stored().size(), 1u);
   // Touching is no overlap, and an entry never overlaps itself.
   const auto noon = add("2026-03-02 12:00", "13:00").entry;
@@ -91,6 +95,38 @@ TEST_F(WorkEntriesTest, OverlapsAreRefusedNamingTheWorkUnlessForced) {
   EXPECT_EQ(listed.entries[0]->id(), morning->id());
   EXPECT_EQ(listed.workedSeconds, 4 * 3600);
   EXPECT_TRUE(WorkEntries::list(session, DateInterval::between(utc(2026, 3, 3), utc(2026, 3, 4))).entries.empty());
+}
+
+// What a person may keep on purpose says so; a slip no confirmation can mend
+// (an end before the start, a bad break) offers nothing.
+TEST_F(WorkEntriesTest, RefusalsSayWhetherKeepingTheChangeOnPurposeLiftsThem) {
+  const auto remedyOf = [](const std::function<void(StoreSession&)>& action) -> std::optional<Remedy> {
+    StoreSession session;
+    try {
+      action(session);
+    } catch (const InvalidInput& error) {
+      return error.remedy();
+    } catch (const Refusal& refusal) {
+      return refusal.remedy();
+    }
+    return std::nullopt;
+  };
+  const Remedy length{Remedy::Kind::confirmLength}, overlap{Remedy::Kind::confirmOverlap};
+  add("2026-03-02 09:00", "12:00");
+  EXPECT_EQ(remedyOf([](StoreSession& s) { WorkEntries::add(s, {"2026-03-03 08:00", "2026-03-04 08:01", "", {}, false}); }),
+            length);
+  EXPECT_EQ(remedyOf([](StoreSession& s) { WorkEntries::add(s, {"2026-03-02 11:00", "13:00", "", {}, false}); }),
+            overlap);
+  EXPECT_EQ(remedyOf([](StoreSession& s) { WorkEntries::edit(s, "@1", {"", "2026-03-03 10:00", "", {}, false}); }),
+            length);
+  // A timer started inside typed work is kept on purpose the same way.
+  EXPECT_EQ(remedyOf([](StoreSession& s) { Timer::start(s, {.at = "2026-03-02 10:00", .note = "", .force = false}); }),
+            overlap);
+  EXPECT_EQ(remedyOf([](StoreSession& s) { WorkEntries::add(s, {"2026-03-02 08:00", "2026-03-01 12:00", "", {}, false}); }),
+            Remedy{});
+  EXPECT_EQ(remedyOf([](StoreSession& s) { WorkEntries::add(s, {"2026-03-05 08:00", "09:00", "241", {}, true}); }),
+            Remedy{});
+  EXPECT_EQ(stored().size(), 1u);
 }
 
 TEST_F(WorkEntriesTest, EditKeepsWhatIsNotGivenAndATimeAloneOnTheEntrysDay) {

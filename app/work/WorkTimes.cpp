@@ -20,9 +20,6 @@ std::string_view trimmed(std::string_view text) {
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
-/// How the hint names the field to type again.
-std::string option(std::string_view field) { return "--" + std::string(field); }
-
 }  // namespace
 
 Date startTime(std::string_view text, const DateInput::Day& day, const DateInput::Day& today, const Calendar& calendar,
@@ -43,18 +40,19 @@ Date workEndTime(std::string_view text, Date start, Date now, const Calendar& ca
   const Date end = endTime(text, start, today, calendar, field);
   if (!DateInput::isTimeOfDay(text)) return end;
   const Display display(calendar);
-  const auto writeTheDay = [&] {
-    return "; if that is meant, write the day: " + option(field) + " \"" + display.day(end) + " " +
-           std::string(trimmed(text)) + "\"";
-  };
+  const Remedy writeTheDay{Remedy::Kind::writeTheDay, std::string(field),
+                           display.day(end) + " " + std::string(trimmed(text))};
   if (end > now) {
-    throw InvalidInput(std::string(field), quoted(trimmed(text)) + " would end the work at " + display.dateTime(end) +
-                                               ", which is still to come" + writeTheDay());
+    throw InvalidInput(std::string(field),
+                       quoted(trimmed(text)) + " would end the work at " + display.dateTime(end) +
+                           ", which is still to come",
+                       writeTheDay);
   }
   if (display.day(end) != display.day(start) && end - start > maximumNightSeconds) {
-    throw InvalidInput(std::string(field), quoted(trimmed(text)) + " would end the work on the next day, " +
-                                               display.dateTime(end) + ", after " + Display::duration(end - start) +
-                                               writeTheDay());
+    throw InvalidInput(std::string(field),
+                       quoted(trimmed(text)) + " would end the work on the next day, " + display.dateTime(end) +
+                           ", after " + Display::duration(end - start),
+                       writeTheDay);
   }
   return end;
 }
@@ -66,10 +64,10 @@ Date pastTime(std::string_view text, Date now, const Calendar& calendar, std::st
   const Display display(calendar);
   if (DateInput::isTimeOfDay(text)) {
     const Date yesterday = dateTime(text, today.adding(-1), calendar, field);
-    throw InvalidInput(std::string(field), quoted(trimmed(text)) + " today is still to come (it is " +
-                                               display.time(now) + " now); for yesterday, type " + option(field) +
-                                               " \"" + display.day(yesterday) + " " + std::string(trimmed(text)) +
-                                               "\"");
+    throw InvalidInput(std::string(field),
+                       quoted(trimmed(text)) + " today is still to come (it is " + display.time(now) + " now)",
+                       {Remedy::Kind::writeYesterday, std::string(field),
+                        display.day(yesterday) + " " + std::string(trimmed(text))});
   }
   throw InvalidInput(std::string(field), quoted(text) + " is still to come");
 }

@@ -1,8 +1,8 @@
 // WorkTimes: the instants of work as a person types them: "YYYY-MM-DD HH:MM"
 // stands as typed; a time of day alone (17:30) is placed by what it changes
 // and must not slip silently. Every refusal is InvalidInput naming the field
-// ("start", "end", "at") and, where a time alone was refused, the dated form
-// to type if it is meant.
+// ("start", "end", "at") and, where a time alone was refused, a Remedy with
+// the dated form to type if it is meant (writeTheDay, writeYesterday).
 #pragma once
 
 #include <string_view>

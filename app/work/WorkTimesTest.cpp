@@ -24,6 +24,15 @@ std::string refusal(const std::function<void()>& read) {
   return "(accepted)";
 }
 
+Remedy remedy(const std::function<void()>& read) {
+  try {
+    read();
+  } catch (const InvalidInput& error) {
+    return error.remedy();
+  }
+  return {};
+}
+
 TEST(WorkTimes, ATimeAloneStaysOnTheDayOfWhatItChanges) {
   // A start alone is on the entry's own day; a full time stands as typed.
   EXPECT_EQ(WorkTimes::startTime("08:30", {2026, 3, 2}, today, calendar, "start"), utc(2026, 3, 2, 8, 30));
@@ -38,12 +47,13 @@ TEST(WorkTimes, ATimeAloneStaysOnTheDayOfWhatItChanges) {
 
 TEST(WorkTimes, AnEndAloneMustNotLieAheadNorMakeALongNight) {
   const Date now = utc(2026, 3, 5, 4, 10);
-  EXPECT_EQ(refusal([&] { WorkTimes::workEndTime(" 23:00", utc(2026, 3, 5, 2), now, calendar, "end"); }),
-            "end: '23:00' would end the work at 2026-03-05 23:00, which is still to come; if that is meant, write "
-            "the day: --end \"2026-03-05 23:00\"");
-  EXPECT_EQ(refusal([&] { WorkTimes::workEndTime("07:00", utc(2026, 3, 2, 8, 30), now, calendar, "end"); }),
-            "end: '07:00' would end the work on the next day, 2026-03-03 07:00, after 22:30; if that is meant, "
-            "write the day: --end \"2026-03-03 07:00\"");
+  // Each refusal offers the dated form of what was typed, in the field it came from.
+  const auto ahead = [&] { WorkTimes::workEndTime(" 23:00", utc(2026, 3, 5, 2), now, calendar, "end"); };
+  EXPECT_EQ(refusal(ahead), "end: '23:00' would end the work at 2026-03-05 23:00, which is still to come");
+  EXPECT_EQ(remedy(ahead), (Remedy{Remedy::Kind::writeTheDay, "end", "2026-03-05 23:00"}));
+  const auto night = [&] { WorkTimes::workEndTime("07:00", utc(2026, 3, 2, 8, 30), now, calendar, "finish"); };
+  EXPECT_EQ(refusal(night), "finish: '07:00' would end the work on the next day, 2026-03-03 07:00, after 22:30");
+  EXPECT_EQ(remedy(night), (Remedy{Remedy::Kind::writeTheDay, "finish", "2026-03-03 07:00"}));
   // Twelve hours over midnight are a night shift; the end up to now is fine.
   EXPECT_EQ(WorkTimes::workEndTime("06:00", utc(2026, 3, 2, 18), now, calendar, "end"), utc(2026, 3, 3, 6));
   EXPECT_EQ(WorkTimes::workEndTime("04:10", utc(2026, 3, 5, 1), now, calendar, "end"), now);
@@ -58,10 +68,13 @@ TEST(WorkTimes, APastTimeAloneIsTodaysAndMustHaveCome) {
   const Date now = utc(2026, 3, 5, 4, 10);
   EXPECT_EQ(WorkTimes::pastTime("04:10", now, calendar, "at"), now);
   EXPECT_EQ(WorkTimes::pastTime("2026-03-04 23:30", now, calendar, "at"), utc(2026, 3, 4, 23, 30));
-  EXPECT_EQ(refusal([&] { WorkTimes::pastTime("23:30", now, calendar, "at"); }),
-            "at: '23:30' today is still to come (it is 04:10 now); for yesterday, type --at \"2026-03-04 23:30\"");
-  EXPECT_EQ(refusal([&] { WorkTimes::pastTime("2026-03-05 04:11", now, calendar, "at"); }),
-            "at: '2026-03-05 04:11' is still to come");
+  const auto tonight = [&] { WorkTimes::pastTime(" 23:30", now, calendar, "at"); };
+  EXPECT_EQ(refusal(tonight), "at: '23:30' today is still to come (it is 04:10 now)");
+  EXPECT_EQ(remedy(tonight), (Remedy{Remedy::Kind::writeYesterday, "at", "2026-03-04 23:30"}));
+  // A time typed with its day has nothing better to offer.
+  const auto dated = [&] { WorkTimes::pastTime("2026-03-05 04:11", now, calendar, "at"); };
+  EXPECT_EQ(refusal(dated), "at: '2026-03-05 04:11' is still to come");
+  EXPECT_EQ(remedy(dated), Remedy{});
 }
 
 }  // namespace

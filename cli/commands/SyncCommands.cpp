@@ -14,6 +14,7 @@
 #include "app/sync/SyncWatch.h"
 #include "app/text/Display.h"
 #include "app/Refusal.h"
+#include "cli/output/CommandRemedies.h"
 #include "cli/output/Terminal.h"
 #include "cli/output/TextTable.h"
 
@@ -146,7 +147,8 @@ void run(bool watch) {
     std::cout.flush();  // a log read as it grows (journalctl, a terminal, a pipe)
   };
   callbacks.failed = [](const std::exception& error) {
-    Terminal::warning(std::string("the exchange failed and is tried again at the next change: ") + error.what());
+    Terminal::warning(std::string("the exchange failed and is tried again at the next change: ") +
+                      CommandRemedies::message(error));
   };
   SyncWatch::run(defaults, setup, callbacks);
 }

@@ -18,6 +18,7 @@
 #include "app/InvalidInput.h"
 #include "app/session/StoreSession.h"
 #include "cli/commands/ArchiveCommands.h"
+#include "cli/output/CommandRemedies.h"
 #include "cli/commands/BookingCommands.h"
 #include "cli/tree/CommandSet.h"
 #include "cli/tree/CommandSuggestion.h"
@@ -246,10 +247,11 @@ int run(int argc, char** argv) {
     reportFailure(error.what());
     return 2;
   } catch (const InvalidInput& error) {
-    reportFailure(error.field().empty() ? error.reason() : "--" + error.field() + ": " + error.reason());
+    const std::string reason = CommandRemedies::message(error);
+    reportFailure(error.field().empty() ? reason : "--" + error.field() + ": " + reason);
     return 2;
   } catch (const std::exception& error) {
-    reportFailure(error.what());
+    reportFailure(CommandRemedies::message(error));
     return 1;
   }
 }

@@ -7,6 +7,7 @@
 
 #include "app/InvalidInput.h"
 #include "app/Refusal.h"
+#include "desktop/application/WindowRemedies.h"
 
 namespace quillmont {
 namespace {
@@ -48,9 +49,9 @@ bool FieldProblems::attempt(const std::function<void()>& change) {
     change();
     return true;
   } catch (const InvalidInput& invalid) {
-    show(invalid.field(), QString::fromStdString(invalid.reason()));
+    show(invalid.field(), WindowRemedies::sentence(invalid.reason(), invalid.remedy()));
   } catch (const Refusal& refusal) {
-    show(refusal.field(), QString::fromUtf8(refusal.what()));
+    show(refusal.field(), WindowRemedies::sentence(refusal.what(), refusal.remedy()));
   } catch (const std::exception& error) {
     show("", "The time bank could not be changed: " + QString::fromUtf8(error.what()));
   }

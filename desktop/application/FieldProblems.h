@@ -1,7 +1,8 @@
 // FieldProblems: where a form shows why its values were refused: a line
 // under each field for what was wrong with that field, and one line under
 // the form for a refusal of the whole request. attempt() runs a change and
-// puts whatever refused it in its place, in the system's own words.
+// puts whatever refused it in its place, in the system's own words, with
+// what can be done about it in the window's (WindowRemedies).
 #pragma once
 
 #include <functional>

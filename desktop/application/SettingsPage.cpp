@@ -23,6 +23,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/application/PreferenceChanges.h"
+#include "desktop/application/WindowRemedies.h"
 #include "app/InvalidInput.h"
 #include "app/Refusal.h"
 #include "app/archive/ArchiveExport.h"
@@ -534,7 +535,7 @@ bool SettingsPage::joinSync(SyncSetup::SettingsChoice choice) {
     say("Sync", QString::fromUtf8(conflict.what()));
     syncChoice_->show();
   } catch (const std::exception& error) {
-    say("Sync", QString::fromUtf8(error.what()));
+    say("Sync", WindowRemedies::message(error));
   }
   showSync();
   return false;
@@ -557,7 +558,7 @@ void SettingsPage::showSync() {
     if (overview->leftAside > 0) text += QString("\nFiles of %1 machines were left aside.").arg(overview->leftAside);
     syncStatus_->setText(text);
   } catch (const std::exception& error) {
-    syncStatus_->setText(QString::fromUtf8(error.what()));
+    syncStatus_->setText(WindowRemedies::message(error));
   }
 }
 

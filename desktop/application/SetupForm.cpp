@@ -20,6 +20,7 @@
 #include "app/session/StoreSession.h"
 #include "app/settings/Settings.h"
 #include "core/ledger/DurationFormatting.h"
+#include "desktop/application/WindowRemedies.h"
 
 namespace quillmont {
 namespace {
@@ -171,11 +172,11 @@ void SetupForm::apply() {
     Settings::setup(session, change);
   } catch (const InvalidInput& refused) {
     QLabel* label = refusalLabel(QString::fromStdString(refused.field()));
-    label->setText(QString::fromStdString(refused.reason()));
+    label->setText(WindowRemedies::sentence(refused.reason(), refused.remedy()));
     label->show();
     return;
   } catch (const std::exception& failure) {
-    formRefusal_->setText(QString::fromUtf8(failure.what()));
+    formRefusal_->setText(WindowRemedies::message(failure));
     formRefusal_->show();
     return;
   }

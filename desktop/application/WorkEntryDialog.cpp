@@ -39,7 +39,7 @@ WorkEntryDialog::WorkEntryDialog(const History::Row& entry, const Calendar& cale
                  QString::fromStdString(Display::duration(static_cast<double>(entry.breakMinutes) * 60.0)),
                  "30, 0:30 or 30m");
   note_ = field(this, "Note", QString::fromStdString(entry.note), "");
-  anyway_ = new QCheckBox("Save even if it overlaps other work or lasts over 24 hours", this);
+  anyway_ = new QCheckBox("Save &anyway, even if it overlaps other work or lasts over 24 hours", this);
   anyway_->setAccessibleName("Save anyway");
 
   auto* form = new QFormLayout;

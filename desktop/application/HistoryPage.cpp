@@ -26,6 +26,7 @@
 #include "app/work/WorkEntries.h"
 #include "desktop/application/BookingDialog.h"
 #include "desktop/application/HistoryModel.h"
+#include "desktop/application/WindowRemedies.h"
 #include "desktop/application/WorkEntryDialog.h"
 
 namespace quillmont {
@@ -227,9 +228,9 @@ void HistoryPage::change(const std::function<QString(StoreSession&)>& action) {
     StoreSession session;
     outcome = action(session);
   } catch (const InvalidInput& invalid) {
-    outcome = QString::fromStdString(invalid.reason());
+    outcome = WindowRemedies::message(invalid);
   } catch (const Refusal& refusal) {
-    outcome = QString::fromUtf8(refusal.what());
+    outcome = WindowRemedies::message(refusal);
   } catch (const std::exception& error) {
     outcome = "The time bank could not be changed: " + QString::fromUtf8(error.what());
   }

@@ -21,6 +21,7 @@
 #include "desktop/application/ReportsPage.h"
 #include "desktop/application/SettingsPage.h"
 #include "desktop/application/SetupForm.h"
+#include "desktop/application/WindowRemedies.h"
 
 namespace quillmont {
 
@@ -201,7 +202,7 @@ void QuillmontWindow::undo() {
     const auto action = Housekeeping::undo(session);
     said = "Undid " + QString::fromStdString(action.name) + ".";
   } catch (const std::exception& refused) {
-    said = QString::fromUtf8(refused.what());
+    said = WindowRemedies::message(refused);
   }
   statusBar()->showMessage(said, 8000);
   refresh();

@@ -119,6 +119,8 @@ ReportsPage::ReportsPage(QWidget* parent)
   bold.setPointSizeF(bold.pointSizeF() * 1.15);
   title_->setFont(bold);
   title_->setAccessibleName("Report");
+  // A long range may wrap rather than widen the window.
+  title_->setWordWrap(true);
   categoriesTitle_->setFont(bold);
 
   auto* top = new QHBoxLayout;

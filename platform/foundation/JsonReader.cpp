@@ -184,8 +184,15 @@ struct DecodedString : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DecodedSt
   char* inPlace = nullptr;  // where the decoded text goes in the reader's own text
   std::string_view result;
   bool keep = true;
+  bool loneSurrogate = false;
 
   bool String(const char* text, rapidjson::SizeType length, bool) {
+    // An escaped low surrogate with no high one before it decodes to a
+    // sequence that is not UTF-8.
+    if (!Text::isValidUTF8(std::string_view(text, length))) {
+      loneSurrogate = true;
+      return false;
+    }
     if (!keep) return true;
     if (inPlace != nullptr) {
       // Decoded text is never longer than its escaped form.
@@ -209,6 +216,7 @@ std::string_view decodeEscaped(Cursor& cursor, const Path& path, const char* ope
   rapidjson::Reader reader;
   const rapidjson::ParseResult result =
       reader.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseStopWhenDoneFlag>(stream, handler);
+  if (handler.loneSurrogate) failSyntax(path, "an escape is a lone surrogate");
   if (result.IsError()) {
     std::string reason = rapidjson::GetParseError_En(result.Code());
     if (!reason.empty() && reason.back() == '.') reason.pop_back();
@@ -434,17 +442,12 @@ void beginObject(Value& value, const Path& path) {
 
 bool nextField(Cursor& cursor, const Path& path, bool& first, std::string_view& key) {
   if (cursor.position == cursor.end) failSyntax(path, "an object is not closed");
-  if (*cursor.position == '}' && first) {
+  if (*cursor.position == '}') {
     ++cursor.position;
     skipSpace(cursor);
     return false;
   }
   if (!first) {
-    if (*cursor.position == '}') {
-      ++cursor.position;
-      skipSpace(cursor);
-      return false;
-    }
     if (*cursor.position != ',') failSyntax(path, "expected ',' or '}' after a field");
     ++cursor.position;
     skipSpace(cursor);

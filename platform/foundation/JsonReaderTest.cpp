@@ -209,7 +209,7 @@ TEST(JsonReaderTest, SkippedValuesAreCheckedAsTheyAreSkipped) {
   EXPECT_EQ(decodePauses(withExtra(deep)).size(), 1u);
 
   for (std::string_view extra : {"01", "-", "1.", "1e", ".5", "+1", "tru", "nul", "[1,]", "[1 2]", "{\"a\":1,}", "{\"a\" 1}",
-                                 "{1:2}", R"("\x")", R"("\u00e")", R"("\ud800")", "\"tab\there\"", "\"open", "[", "{\"a\":",
+                                 "{1:2}", R"("\x")", R"("\u00e")", R"("\ud800")", R"("\udc00")", R"("\ud800\u0041")", "\"tab\there\"", "\"open", "[", "{\"a\":",
                                  "NaN", "'a'"}) {
     EXPECT_THAT([&] { decodePauses(withExtra(extra)); }, ThrowsMessage<JsonDecodingError>(HasSubstr("not valid JSON")))
         << extra;

@@ -162,60 +162,56 @@ std::optional<double> nearestDouble(std::string_view text) {
   return result;
 }
 
-// Reads strings with escapes for RapidJSON's reader: one string token, and
-// nothing after it.
+// One string token for RapidJSON's reader to decode where it lies (in
+// place, the decoded text is never longer than its escaped form), and
+// nothing after it. Decoding in place keeps the reader's own stack unused.
 struct TokenStream {
   using Ch = char;
-  const char* begin;
-  const char* current;
-  const char* end;
+  char* begin;
+  char* current;
+  char* end;
+  char* output = nullptr;
   Ch Peek() const { return current != end ? *current : '\0'; }
   Ch Take() { return current != end ? *current++ : '\0'; }
   std::size_t Tell() const { return static_cast<std::size_t>(current - begin); }
-  // Never called: the reader does not parse in place.
-  Ch* PutBegin() { return nullptr; }
-  void Put(Ch) {}
+  Ch* PutBegin() { return output = current; }
+  void Put(Ch c) { *output++ = c; }
   void Flush() {}
-  std::size_t PutEnd(Ch*) { return 0; }
+  std::size_t PutEnd(Ch* start) { return static_cast<std::size_t>(output - start); }
 };
 
 struct DecodedString : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DecodedString> {
-  Cursor* cursor = nullptr;
-  char* inPlace = nullptr;  // where the decoded text goes in the reader's own text
   std::string_view result;
-  bool keep = true;
   bool loneSurrogate = false;
 
   bool String(const char* text, rapidjson::SizeType length, bool) {
+    result = std::string_view(text, length);
     // An escaped low surrogate with no high one before it decodes to a
     // sequence that is not UTF-8.
-    if (!Text::isValidUTF8(std::string_view(text, length))) {
-      loneSurrogate = true;
-      return false;
-    }
-    if (!keep) return true;
-    if (inPlace != nullptr) {
-      // Decoded text is never longer than its escaped form.
-      std::memmove(inPlace, text, length);
-      result = std::string_view(inPlace, length);
-    } else {
-      result = cursor->decoded.emplace_back(text, length);
-    }
-    return true;
+    loneSurrogate = !Text::isValidUTF8(result);
+    return !loneSurrogate;
   }
 };
 
 // The string from `open` (its opening quote) to `close` (its closing quote),
-// unescaped.
+// unescaped: in place in the reader's own text, else in a copy kept until the
+// parse ends (or only checked, when not `keep`).
 std::string_view decodeEscaped(Cursor& cursor, const Path& path, const char* open, const char* close, bool keep) {
+  char* token = nullptr;
+  std::string scratch;
+  const auto size = static_cast<std::size_t>(close + 1 - open);
+  if (cursor.ownText != nullptr) {
+    token = const_cast<char*>(open);
+  } else {
+    std::string& copy = keep ? cursor.decoded.emplace_back(open, size) : (scratch.assign(open, size), scratch);
+    token = copy.data();
+  }
   DecodedString handler;
-  handler.cursor = &cursor;
-  handler.keep = keep;
-  if (cursor.ownText != nullptr) handler.inPlace = const_cast<char*>(open + 1);
-  TokenStream stream{open, open, close + 1};
+  TokenStream stream{token, token, token + size};
   rapidjson::Reader reader;
   const rapidjson::ParseResult result =
-      reader.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseStopWhenDoneFlag>(stream, handler);
+      reader.Parse<rapidjson::kParseInsituFlag | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseStopWhenDoneFlag>(
+          stream, handler);
   if (handler.loneSurrogate) failSyntax(path, "an escape is a lone surrogate");
   if (result.IsError()) {
     std::string reason = rapidjson::GetParseError_En(result.Code());

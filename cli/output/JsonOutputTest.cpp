@@ -3,19 +3,74 @@
 // with the text the tables show.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <rapidjson/document.h>
 
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <vector>
 
 #include "cli/testing/CommandRunner.h"
+#include "platform/foundation/JsonReader.h"
 
 namespace quillmont {
 namespace {
 
 using ::testing::MatchesRegex;
 using testing::CommandRunner;
+
+// A document read whole, for looking values up in any order.
+struct Node {
+  JsonReader::Type type = JsonReader::Type::null;
+  bool boolean = false;
+  double number = 0;
+  std::string text;
+  std::vector<std::string> keys;
+  std::vector<Node> values;  // of an object (beside keys) or an array
+
+  const Node& operator[](std::string_view key) const {
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+      if (keys[index] == key) return values[index];
+    }
+    ADD_FAILURE() << "no key " << key;
+    return missing();
+  }
+  const Node& operator[](std::size_t index) const {
+    if (index < values.size()) return values[index];
+    ADD_FAILURE() << "no element " << index;
+    return missing();
+  }
+  std::size_t Size() const { return values.size(); }
+  bool IsNull() const { return type == JsonReader::Type::null; }
+  bool GetBool() const { return boolean; }
+  std::int64_t GetInt64() const { return static_cast<std::int64_t>(number); }
+  static const Node& missing() {
+    static const Node none;
+    return none;
+  }
+
+  static Node read(JsonReader::Value& value, const JsonReader::Path& at) {
+    Node node;
+    node.type = JsonReader::type(value, at);
+    switch (node.type) {
+      case JsonReader::Type::object:
+        JsonReader::forEachField(value, at, [&node](std::string_view key, JsonReader::Value& field, const JsonReader::Path& fieldAt) {
+          node.keys.emplace_back(key);
+          node.values.push_back(read(field, fieldAt));
+        });
+        break;
+      case JsonReader::Type::array:
+        JsonReader::forEachElement(value, at, [&node](JsonReader::Value& element, const JsonReader::Path& elementAt) {
+          node.values.push_back(read(element, elementAt));
+        });
+        break;
+      case JsonReader::Type::string: node.text = JsonReader::string(value, at); break;
+      case JsonReader::Type::number: node.number = JsonReader::number(value, at); break;
+      case JsonReader::Type::boolean: node.boolean = JsonReader::boolean(value, at); break;
+      case JsonReader::Type::null: JsonReader::isNull(value); break;
+    }
+    return node;
+  }
+};
 
 class JsonOutput : public ::testing::Test {
  protected:
@@ -32,27 +87,31 @@ class JsonOutput : public ::testing::Test {
     }
   }
 
-  const rapidjson::Value& json(const std::vector<std::string>& command) {
+  const Node& json(const std::vector<std::string>& command) {
     const auto result = quillmont.run(command);
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_FALSE(result.out.empty());
     if (!result.out.empty()) {
       EXPECT_EQ(result.out.back(), '\n');
     }
-    rapidjson::Document& document = documents_.emplace_back();
-    document.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag>(result.out.c_str());
-    EXPECT_FALSE(document.HasParseError()) << result.out;
-    return document;
+    try {
+      return documents_.emplace_back(JsonReader::parse(result.out, [](JsonReader::Value& root) {
+        return Node::read(root, JsonReader::Path());
+      }));
+    } catch (const JsonDecodingError& error) {
+      ADD_FAILURE() << error.what() << "\n" << result.out;
+      return Node::missing();
+    }
   }
 
   CommandRunner quillmont;
 
  private:
-  std::deque<rapidjson::Document> documents_;
+  std::deque<Node> documents_;
 };
 
-double number(const rapidjson::Value& element) { return element.GetDouble(); }
-std::string text(const rapidjson::Value& element) { return std::string(element.GetString(), element.GetStringLength()); }
+double number(const Node& element) { return element.number; }
+std::string text(const Node& element) { return element.text; }
 
 TEST_F(JsonOutput, BookingsAndWorkListsReconcile) {
   const auto& bookings = json({"bookings", "list", "--from", "2026-03-01", "--to", "2026-03-31", "--json"});
@@ -91,7 +150,7 @@ TEST_F(JsonOutput, ReportsSchedulesCategoriesAndDoctor) {
   EXPECT_EQ(text(week["from"]), "2026-03-02");
   EXPECT_TRUE(week["through"].IsNull());
   double sum = 0;
-  for (const auto& day : week["days"].GetArray()) {
+  for (const auto& day : week["days"].values) {
     EXPECT_THAT(text(day["date"]), MatchesRegex("2026-03-0[2-8]"));
     EXPECT_EQ(number(day["differenceSeconds"]),
               number(day["workedSeconds"]) + number(day["adjustmentsSeconds"]) - number(day["plannedSeconds"]));

@@ -36,7 +36,6 @@
 
 #include "core/archive/TimeBankArchive.h"
 #include "core/persistence/QuillmontPersistence.h"
-#include "platform/foundation/JsonReader.h"
 #include "platform/store/ModelContext.h"
 
 #include <simdjson.h>
@@ -142,16 +141,9 @@ TimeBankArchive maximalArchive() {
   return archive;
 }
 
-// The document as a file reader leaves it: in a string with the parser's
-// padding reserved after the text.
+// The document as a file reader leaves it, in a string.
 const std::string& maximalDocument() {
-  static const std::string json = [] {
-    const std::string encoded = maximalArchive().encodedJSON();
-    std::string padded;
-    padded.reserve(encoded.size() + quillmont::JsonReader::padding);
-    padded = encoded;
-    return padded;
-  }();
+  static const std::string json = maximalArchive().encodedJSON();
   return json;
 }
 
@@ -212,7 +204,7 @@ void BM_DecodeAgainstBareParse(benchmark::State& state) {
 }
 BENCHMARK(BM_DecodeAgainstBareParse)->Unit(benchmark::kMillisecond)->UseManualTime();
 
-// The same from a view of the text, which the parser first copies.
+// The same from a view of the text.
 void BM_DecodeAndValidateFromView(benchmark::State& state) {
   const std::string_view json = maximalDocument();
   for (auto _ : state) {
@@ -318,7 +310,6 @@ int decodeAndMerge(const char* documentPath) {
   std::ifstream file(documentPath, std::ios::binary);
   const auto size = static_cast<std::size_t>(std::filesystem::file_size(documentPath));
   std::string json;
-  json.reserve(size + quillmont::JsonReader::padding);
   json.resize(size);
   file.read(json.data(), static_cast<std::streamsize>(size));
   const TemporaryHome home;

@@ -54,3 +54,16 @@ function(quillmont_embed_entitlements target json)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/ProgramEntitlements.cpp.in ${generated} @ONLY)
   target_sources(${target} PRIVATE ${generated})
 endfunction()
+
+# quillmont_static_runtime(<target>): links the C++ runtime (libstdc++ and
+# libgcc) into the program instead of loading the shared libraries at every
+# start, where QUILLMONT_STATIC_CXX_RUNTIME allows it. Binding libstdc++.so's
+# symbols was most of what a short command cost before it ran a line of its
+# own. Not under the sanitizers, whose runtimes replace the allocator and
+# expect the shared C++ runtime, and not for programs that link Qt (Qt's
+# libraries load libstdc++.so anyway).
+function(quillmont_static_runtime target)
+  if(QUILLMONT_STATIC_CXX_RUNTIME AND NOT QUILLMONT_SANITIZE AND NOT QUILLMONT_FUZZ)
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()

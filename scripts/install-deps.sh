@@ -3,7 +3,8 @@
 set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
-  libicu-dev libsqlite3-dev libsimdjson-dev uuid-dev libcli11-dev libical-dev
+  libicu-dev libsqlite3-dev rapidjson-dev uuid-dev libcli11-dev libical-dev
+  libsimdjson-dev  # only the archive benchmark, as its yardstick
   googletest libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
   clang libclang-rt-14-dev
   qt6-base-dev fonts-dejavu-core xvfb xauth

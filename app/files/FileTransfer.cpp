@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include "app/Refusal.h"
-#include "platform/foundation/JsonReader.h"
 #include "platform/foundation/PrivateFiles.h"
 
 namespace quillmont::FileTransfer {
@@ -76,11 +75,10 @@ std::string read(int descriptor, const std::string& label, std::size_t limit) {
   } else if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
     throw Refusal("cannot read " + label + ": it is a folder");
   }
-  // A regular file's text is read straight into the string, which keeps the
-  // JSON parser's padding spare after it, so the parser reads it in place.
-  // Anything after that (a pipe, a file that grew) comes through the buffer.
+  // A regular file's text is read straight into the string. Anything after
+  // that (a pipe, a file that grew) comes through the buffer.
   std::string contents;
-  contents.reserve(expected + JsonReader::padding);
+  contents.reserve(expected);
   preferLargePages(contents.data(), contents.capacity());
   contents.resize(expected);
   std::size_t length = 0;

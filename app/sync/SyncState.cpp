@@ -8,7 +8,7 @@
 namespace quillmont {
 namespace {
 
-using simdjson::ondemand::value;
+using value = JsonReader::Value;
 
 void writeInstant(JsonWriter& writer, std::string_view key, Date date) {
   writer.key(key);

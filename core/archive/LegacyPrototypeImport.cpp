@@ -8,7 +8,7 @@ namespace {
 
 using JsonReader::Path;
 using JsonReader::requiredKey;
-using simdjson::ondemand::value;
+using value = JsonReader::Value;
 
 void readEntry(value& object, const Path& at, LegacyBalanceEntry& entry) {
   enum : std::size_t { id, minutes, date, note };

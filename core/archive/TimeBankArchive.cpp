@@ -28,7 +28,7 @@ using Archive = TimeBankArchive;
 using JsonReader::optionalKey;
 using JsonReader::Path;
 using JsonReader::requiredKey;
-using simdjson::ondemand::value;
+using value = JsonReader::Value;
 
 // Sorting ------------------------------------------------------------------
 
@@ -59,7 +59,7 @@ void writeIdentifier(JsonWriter& writer, const UUID& id) { writer.string(id.uuid
 
 void writeIntegers(JsonWriter& writer, std::span<const std::int64_t> values) {
   writer.beginArray();
-  for (const std::int64_t value : values) writer.integer(value);
+  for (const std::int64_t integer : values) writer.integer(integer);
   writer.endArray();
 }
 
@@ -184,12 +184,9 @@ std::vector<std::int64_t> integers(value& field, const Path& at) {
   return values;
 }
 
-// Reads an array of records into `records`, reserving room for all of them
-// (at most one past `limit`: a longer list is refused by validation anyway).
+// Reads an array of records into `records`.
 template <class Record, class Read>
-void readList(value& field, const Path& at, std::size_t limit, std::vector<Record>& records, Read read) {
-  std::size_t count = 0;
-  if (!field.count_elements().get(count)) records.reserve(std::min(count, limit + 1));
+void readList(value& field, const Path& at, std::vector<Record>& records, Read read) {
   JsonReader::forEachElement(field, at, [&](value& element, const Path& elementAt) {
     read(element, elementAt, records.emplace_back());
   });
@@ -314,21 +311,21 @@ Archive readArchive(value& root) {
     switch (key) {
       case balanceAdjustments:
         archive.balanceAdjustments.clear();
-        readList(field, at, Archive::maximumBalanceAdjustmentCount, archive.balanceAdjustments, readBalanceAdjustment);
+        readList(field, at, archive.balanceAdjustments, readBalanceAdjustment);
         break;
       case exportedAt: archive.exportedAt = instant(field, at); break;
       case schedules:
         archive.schedules.clear();
-        readList(field, at, Archive::maximumScheduleCount, archive.schedules, readSchedule);
+        readList(field, at, archive.schedules, readSchedule);
         break;
       case schemaVersion: archive.schemaVersion = JsonReader::int64(field, at); break;
       case settings:
         archive.settings.clear();
-        readList(field, at, Archive::maximumSettingsCount, archive.settings, readSettings);
+        readList(field, at, archive.settings, readSettings);
         break;
       case workEntries:
         archive.workEntries.clear();
-        readList(field, at, Archive::maximumWorkEntryCount, archive.workEntries, readWorkEntry);
+        readList(field, at, archive.workEntries, readWorkEntry);
         break;
     }
   });
@@ -584,11 +581,6 @@ TimeBankArchive TimeBankArchive::decodeJSON(std::string&& json) {
   return archive;
 }
 
-TimeBankArchive TimeBankArchive::decodeJSON(const std::string& json) {
-  TimeBankArchive archive = JsonReader::parseInPlace(json, readArchive);
-  archive.validate();
-  return archive;
-}
 
 void TimeBankArchive::validate() const {
   using Case = TimeBankArchiveError::Case;

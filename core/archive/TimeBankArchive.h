@@ -117,10 +117,6 @@ struct TimeBankArchive {
   /// Decodes a document and validates it. Throws JsonDecodingError for text
   /// that is not such a document and TimeBankArchiveError when validate() fails.
   static TimeBankArchive decodeJSON(std::string_view json);
-  /// The same, reading `json` where it lies (no copy) when its capacity
-  /// leaves JsonReader::padding spare bytes after the text: reserve them
-  /// when reading a large file.
-  static TimeBankArchive decodeJSON(const std::string& json);
   /// The same, reading a text handed over: the memory of the text read
   /// through is given back as decoding goes on (see
   /// JsonReader::parseConsuming), so the document and the archive are not

@@ -8,7 +8,7 @@
 namespace quillmont {
 namespace {
 
-using simdjson::ondemand::value;
+using value = JsonReader::Value;
 
 Date instant(value& field, const JsonReader::Path& at) {
   const double seconds = JsonReader::number(field, at);

@@ -71,7 +71,7 @@ std::string WidgetSnapshot::encodedJSON() const {
 WidgetSnapshot WidgetSnapshot::decoded(std::string_view json) {
   using JsonReader::optionalKey;
   using JsonReader::requiredKey;
-  using simdjson::ondemand::value;
+  using value = JsonReader::Value;
   static constexpr JsonReader::Key keys[] = {
       requiredKey("balanceSeconds"), requiredKey("todayWorkedSeconds"), requiredKey("todayExpectedSeconds"),
       optionalKey("runningSince"),   optionalKey("quickActionMinutes"), requiredKey("updatedAt"),

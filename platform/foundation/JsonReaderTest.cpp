@@ -13,7 +13,7 @@ namespace quillmont {
 namespace {
 
 using JsonReader::Path;
-using simdjson::ondemand::value;
+using value = JsonReader::Value;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
@@ -135,14 +135,17 @@ TEST(JsonReaderTest, ParseConsumingReadsAndGivesBackTheText) {
   JsonReader::parseConsuming(json, [&](value& root) {
     JsonReader::readObject(root, Path(), documentKeys, [&](std::size_t, value& list, const Path& at) {
       JsonReader::forEachElement(list, at, [&](value& element, const Path& elementAt) {
-        static constexpr JsonReader::Key keys[] = {JsonReader::requiredKey("id"), JsonReader::requiredKey("minutes")};
+        static constexpr JsonReader::Key keys[] = {JsonReader::requiredKey("id"), JsonReader::requiredKey("minutes"),
+                                                   JsonReader::requiredKey("note")};
         Pause pause;
         JsonReader::readObject(element, elementAt, keys, [&](std::size_t key, value& field, const Path& fieldAt) {
           if (key == 0) pause.id = JsonReader::uuid(field, fieldAt);
           if (key == 1) pause.minutes = JsonReader::int64(field, fieldAt);
+          if (key == 2) pause.note = JsonReader::string(field, fieldAt);
         });
-        mismatch |= pause.id != expected[index].id || pause.minutes != expected[index].minutes;
-        if (index == 1000) early = element.current_location().value();
+        mismatch |= pause.id != expected[index].id || pause.minutes != expected[index].minutes ||
+                    pause.note != expected[index].note;
+        if (index == 1000) early = element.location();
         if (index == 30000) mismatch |= JsonReader::stringArray(other) != std::vector<std::string>{"inner", "array"};
         if (index == 59999) releasedBehind = early != nullptr && early[0] == '\0' && early[4095] == '\0';
         ++index;
@@ -175,14 +178,75 @@ TEST(JsonReaderTest, DecodingErrorsNameTheirPlace) {
   }
 }
 
-TEST(JsonReaderTest, ParseInPlaceUsesReservedPadding) {
-  std::string json = "[]";
-  json.reserve(json.size() + JsonReader::padding);
-  EXPECT_TRUE(JsonReader::parseInPlace(json, [&](value& root) {
-    const bool inPlace = root.raw_json_token().data() == json.data();
-    JsonReader::forEachElement(root, Path(), [](value&, const Path&) {});
-    return inPlace;
-  }));
+TEST(JsonReaderTest, ParseReadsTheTextWhereItLies) {
+  const std::string json = R"([" plain", "esc\"aped"])";
+  std::vector<std::string_view> strings;
+  JsonReader::parse(json, [&](value& root) {
+    EXPECT_EQ(root.location(), json.data());
+    JsonReader::forEachElement(root, Path(), [&](value& element, const Path& at) {
+      strings.push_back(JsonReader::string(element, at));
+    });
+    // Views live until the parse returns.
+    ASSERT_EQ(strings.size(), 2u);
+    EXPECT_EQ(strings[0].data(), json.data() + 2);  // a view of the text
+    EXPECT_EQ(strings[1], "esc\"aped");
+  });
+  EXPECT_EQ(json, R"([" plain", "esc\"aped"])");  // a text that is not handed over is left as it was
+}
+
+// Values nobody asks for are skipped, and still checked: a document is JSON
+// throughout or refused.
+TEST(JsonReaderTest, SkippedValuesAreCheckedAsTheyAreSkipped) {
+  const auto withExtra = [](std::string_view extra) {
+    return R"({"extra":)" + std::string(extra) + R"(,"pauses":[{"id":"C0DE5EED-0B4A-4C2A-9D6E-000000000001","minutes":1,"skip":)" +
+           std::string(extra) + "}]}";
+  };
+  for (std::string_view extra : {"1e400", "-0.5E+3", R"("\ud83d\ude00 \u0000")", R"({"a":[[],{}],"b":{"c":null}})",
+                                 "[true,false,null]", " [ 1 , 2 ] "}) {
+    EXPECT_EQ(decodePauses(withExtra(extra)).size(), 1u) << extra;
+  }
+  std::string deep(1000, '[');
+  deep += std::string(1000, ']');
+  EXPECT_EQ(decodePauses(withExtra(deep)).size(), 1u);
+
+  for (std::string_view extra : {"01", "-", "1.", "1e", ".5", "+1", "tru", "nul", "[1,]", "[1 2]", "{\"a\":1,}", "{\"a\" 1}",
+                                 "{1:2}", R"("\x")", R"("\u00e")", R"("\ud800")", R"("\udc00")", R"("\ud800\u0041")", "\"tab\there\"", "\"open", "[", "{\"a\":",
+                                 "NaN", "'a'"}) {
+    EXPECT_THAT([&] { decodePauses(withExtra(extra)); }, ThrowsMessage<JsonDecodingError>(HasSubstr("not valid JSON")))
+        << extra;
+  }
+  std::string tooDeep(1100, '[');
+  tooDeep += std::string(1100, ']');
+  EXPECT_THROW(decodePauses(withExtra(tooDeep)), JsonDecodingError);
+  EXPECT_THROW(decodePauses(std::string("{\"pauses\":[]}\0", 15)), JsonDecodingError);
+  EXPECT_THROW(decodePauses(std::string("{\"pauses\":[\"\0\"]}", 16)), JsonDecodingError);
+}
+
+TEST(JsonReaderTest, CallbacksMayLeaveValuesUnreadButNotReadThemTwice) {
+  static constexpr JsonReader::Key keys[] = {JsonReader::requiredKey("a"), JsonReader::requiredKey("b")};
+  std::int64_t b = 0;
+  JsonReader::parse(R"({"a":{"x":[1,"]"]},"b":2})", [&](value& root) {
+    JsonReader::readObject(root, Path(), keys, [&](std::size_t key, value& field, const Path& at) {
+      if (key == 1) b = JsonReader::int64(field, at);
+    });
+  });
+  EXPECT_EQ(b, 2);
+  EXPECT_THAT(([] {
+                JsonReader::parse(R"([1, 2])", [](value& root) {
+                  JsonReader::forEachElement(root, Path(), [](value& element, const Path& at) {
+                    JsonReader::int64(element, at);
+                    JsonReader::int64(element, at);
+                  });
+                });
+              }),
+              ThrowsMessage<JsonDecodingError>(HasSubstr("[0]: read out of order")));
+}
+
+TEST(JsonReaderTest, NumbersBeyondTheRangeOfDoubles) {
+  EXPECT_EQ(readField("1e-400", JsonReader::number), 0.0);
+  EXPECT_EQ(readField("-4.9406564584124654e-324", JsonReader::number), -0x1p-1074);
+  EXPECT_THAT([] { readField("-1e400", JsonReader::number); }, ThrowsMessage<JsonDecodingError>(HasSubstr("field: number -1e400")));
+  EXPECT_THAT([] { int64("1e400"); }, ThrowsMessage<JsonDecodingError>(HasSubstr("out of the 64-bit range")));
 }
 
 TEST(JsonReaderTest, StringArrayShapes) {

@@ -1,13 +1,13 @@
 #include "platform/foundation/ProcessEntitlements.h"
 
+#include "platform/foundation/JsonReader.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <mutex>
 #include <sstream>
-
-#include <simdjson.h>
 
 namespace quillmont {
 namespace {
@@ -88,29 +88,30 @@ void ProcessEntitlements::embed(std::string_view json) {
 }
 
 std::optional<ProcessEntitlements> ProcessEntitlements::fromJSON(std::string_view json) {
-  simdjson::dom::parser parser;
-  simdjson::dom::object root;
-  if (parser.parse(json.data(), json.size()).get(root)) return std::nullopt;
+  using JsonReader::Path;
+  using JsonReader::Type;
   auto values = std::make_shared<Values>();
-  for (const auto field : root) {
-    Value value = Other{};
-    std::string_view text;
-    simdjson::dom::array list;
-    if (!field.value.get(text)) {
-      value = std::string(text);
-    } else if (!field.value.get(list)) {
-      std::vector<std::string> texts;
-      bool allTexts = true;
-      for (const simdjson::dom::element element : list) {
-        if (element.get(text)) {
-          allTexts = false;
-          break;
+  try {
+    JsonReader::parse(json, [&values](JsonReader::Value& root) {
+      JsonReader::forEachField(root, Path(), [&values](std::string_view key, JsonReader::Value& field, const Path& at) {
+        Value value = Other{};
+        const Type type = JsonReader::type(field, at);
+        if (type == Type::string) {
+          value = std::string(JsonReader::string(field, at));
+        } else if (type == Type::array) {
+          std::vector<std::string> texts;
+          bool allTexts = true;
+          JsonReader::forEachElement(field, at, [&](JsonReader::Value& element, const Path& elementAt) {
+            allTexts = allTexts && JsonReader::type(element, elementAt) == Type::string;
+            if (allTexts) texts.emplace_back(JsonReader::string(element, elementAt));
+          });
+          if (allTexts) value = std::move(texts);
         }
-        texts.emplace_back(text);
-      }
-      if (allTexts) value = std::move(texts);
-    }
-    values->emplace(std::string(field.key), std::move(value));  // the first of twin keys counts
+        values->emplace(std::string(key), std::move(value));  // the first of twin keys counts
+      });
+    });
+  } catch (const JsonDecodingError&) {
+    return std::nullopt;
   }
   return ProcessEntitlements(std::move(values));
 }

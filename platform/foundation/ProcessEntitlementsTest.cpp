@@ -25,6 +25,13 @@ TEST(ProcessEntitlements, EmbeddedTextIsReadWhenAskedForAndReplacedWhole) {
   EXPECT_EQ(entitlements->string("team"), "SECOND");
   EXPECT_TRUE(entitlements->stringList("groups").empty());
 
+  // Of twin keys the first counts; a list with anything but texts is no list of texts.
+  ProcessEntitlements::embed(R"({"team": "A", "groups": ["one", 2], "team": "B", "nested": {"team": "C"}})");
+  entitlements = ProcessEntitlements::current();
+  ASSERT_TRUE(entitlements);
+  EXPECT_EQ(entitlements->string("team"), "A");
+  EXPECT_TRUE(entitlements->stringList("groups").empty());
+
   // Text that is not a JSON object gives the program none (as before this test).
   ProcessEntitlements::embed("[1, 2]");
   EXPECT_FALSE(ProcessEntitlements::current());

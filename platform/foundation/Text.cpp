@@ -1,6 +1,5 @@
 #include "platform/foundation/Text.h"
 
-#include <simdjson.h>
 #include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
@@ -8,6 +7,7 @@
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -102,7 +102,36 @@ bool isASCII(std::string_view text) {
   return true;
 }
 
-bool isValidUTF8(std::string_view text) { return simdjson::validate_utf8(text.data(), text.size()); }
+bool isValidUTF8(std::string_view text) {
+  // Eight ASCII bytes at a time; ICU judges each other sequence (overlong
+  // forms, surrogates and scalars beyond U+10FFFF are ill-formed).
+  constexpr std::uint64_t highBits = 0x8080808080808080ULL;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const std::size_t length = text.size();
+  std::size_t index = 0;
+  while (index < length) {
+    if (length - index >= 8) {
+      std::uint64_t word;
+      std::memcpy(&word, bytes + index, 8);
+      if (!(word & highBits)) {
+        index += 8;
+        continue;
+      }
+    }
+    if (bytes[index] < 0x80) {
+      ++index;
+      continue;
+    }
+    // One sequence is at most four bytes: ICU's 32-bit indexes see only those.
+    const std::int32_t window = static_cast<std::int32_t>(std::min<std::size_t>(length - index, 4));
+    std::int32_t taken = 0;
+    UChar32 scalar;
+    U8_NEXT(bytes + index, taken, window, scalar);
+    if (scalar < 0) return false;
+    index += static_cast<std::size_t>(taken);
+  }
+  return true;
+}
 
 std::size_t characterCount(std::string_view text) {
   if (isASCII(text)) {

@@ -26,6 +26,12 @@ TEST(Text, DetectsASCIIAndValidUTF8) {
   EXPECT_FALSE(Text::isASCII("Caf\u00E9 and then a longer ASCII run"));  // in the first word
   EXPECT_TRUE(Text::isValidUTF8("Caf\u00E9 " + family));
   EXPECT_FALSE(Text::isValidUTF8("abc\xE2\x82"));
+  EXPECT_TRUE(Text::isValidUTF8("a long run of ASCII before \U0010FFFF and after it"));
+  // Ill-formed sequences, each after a run of ASCII and before one.
+  for (std::string_view bad : {"\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80", "\xFF",
+                               "\xE2\x82" "abcdefgh"}) {
+    EXPECT_FALSE(Text::isValidUTF8("twelve bytes" + std::string(bad) + "and more ASCII")) << bad;
+  }
 }
 
 TEST(Text, CountsUserPerceivedCharacters) {

@@ -53,16 +53,7 @@ BookingDialog::BookingDialog(const History::Row& booking, StoreSession& session,
       day_(new QDateEdit(this)) {
   setWindowTitle("Edit Booking");
   setAccessibleName("Edit booking");
-  amount_->setAccessibleName("Amount");
-  amount_->setPlaceholderText("+1:30, -45m or 90");
-  amount_->setClearButtonEnabled(true);
-  category_->setAccessibleName("Category");
-  note_->setAccessibleName("Note");
-  note_->setPlaceholderText("Optional");
-  note_->setClearButtonEnabled(true);
-  day_->setAccessibleName("Day");
-  day_->setCalendarPopup(true);
-  day_->setDisplayFormat("yyyy-MM-dd");
+  BookingForm::prepareFields(*amount_, *category_, *note_, *day_);
   const DateInput::Day day = DateInput::dayOf(booking.date, session.calendar());
   dayWas_ = QDate(day.year, day.month, day.day);
   day_->setDate(dayWas_);

@@ -45,16 +45,7 @@ BookingForm::BookingForm(QWidget* parent)
       note_(new QLineEdit(this)),
       day_(new QDateEdit(this)),
       book_(new QPushButton("&Book", this)) {
-  amount_->setAccessibleName("Amount");
-  amount_->setPlaceholderText("+1:30, -45m or 90");
-  amount_->setClearButtonEnabled(true);
-  category_->setAccessibleName("Category");
-  note_->setAccessibleName("Note");
-  note_->setPlaceholderText("Optional");
-  note_->setClearButtonEnabled(true);
-  day_->setAccessibleName("Day");
-  day_->setCalendarPopup(true);
-  day_->setDisplayFormat("yyyy-MM-dd");
+  BookingForm::prepareFields(*amount_, *category_, *note_, *day_);
   day_->setDate(QDate::currentDate());
   book_->setAccessibleName("Book");
   book_->setDefault(true);
@@ -85,6 +76,19 @@ BookingForm::BookingForm(QWidget* parent)
   last->addStretch(1);
   last->addWidget(book_, 0, Qt::AlignTop);
   grid->addLayout(last, 2, 0, 1, 4);
+}
+
+void BookingForm::prepareFields(QLineEdit& amount, QComboBox& category, QLineEdit& note, QDateEdit& day) {
+  amount.setAccessibleName("Amount");
+  amount.setPlaceholderText("+1:30, -45m or 90");
+  amount.setClearButtonEnabled(true);
+  category.setAccessibleName("Category");
+  note.setAccessibleName("Note");
+  note.setPlaceholderText("Optional");
+  note.setClearButtonEnabled(true);
+  day.setAccessibleName("Day");
+  day.setCalendarPopup(true);
+  day.setDisplayFormat("yyyy-MM-dd");
 }
 
 void BookingForm::offerCategories(QComboBox& categories, StoreSession& session) {

@@ -30,6 +30,9 @@ class BookingForm final : public QWidget {
   /// built-in kinds (data: the raw value) and the person's own categories
   /// (data: the title), each saying whether it adds or takes time.
   static void offerCategories(QComboBox& categories, StoreSession& session);
+  /// Names, hints and the calendar popup of a booking's four fields, the
+  /// same wherever a booking is typed.
+  static void prepareFields(QLineEdit& amount, QComboBox& category, QLineEdit& note, QDateEdit& day);
   /// Books what the form holds; on success the amount and note are emptied.
   void book();
   /// Puts the keyboard on the amount.
